@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pictures.h"
+
+#include <QCryptographicHash>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QDir>
+#include <QFile>
+#include <QFuture>
+#include <QImageReader>
+#include <QPromise>
+#include <QThreadPool>
+#include <QUrl>
+
+#include <memory>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr int mostPictures = 150;
+constexpr int mostOnline = 100;
+constexpr QSize largest(412, 232); // twice the size on a screen 480 wide
+const QString thumbnailer = u"com.harrow.Kestrel.Thumbnailer"_s;
+const QString thumbnailerPath = u"/org/freedesktop/thumbnails/Thumbnailer1"_s;
+const QString thumbnailerInterface = u"org.freedesktop.thumbnails.Thumbnailer1"_s;
+
+QImage readFirst(const QStringList &paths)
+{
+    for (const QString &path : paths) {
+        QImageReader reader(path);
+        const QSize size = reader.size();
+        if (size.width() > largest.width() || size.height() > largest.height())
+            reader.setScaledSize(size.scaled(largest, Qt::KeepAspectRatioByExpanding));
+        if (QImage image = reader.read(); !image.isNull())
+            return image;
+    }
+    return {};
+}
+
+} // namespace
+
+Pictures::Pictures(QObject *parent) : QObject(parent), m_pictures(mostPictures), m_online(mostOnline)
+{
+    QDBusConnection::sessionBus().connect(thumbnailer, thumbnailerPath, thumbnailerInterface, u"Ready"_s,
+                                          this, SLOT(thumbnailReady(uint, QStringList)));
+}
+
+QString Pictures::fileName(const QString &url)
+{
+    // All spellings of an address have one picture.
+    const QString decoded = QUrl::fromPercentEncoding(url.toUtf8());
+    QByteArray text = QUrl(decoded).toEncoded();
+    if (text.isEmpty())
+        text = decoded.toUtf8();
+    text.replace('#', "%23");
+    return QString::fromLatin1(QCryptographicHash::hash(text, QCryptographicHash::Md5).toHex());
+}
+
+QPixmap Pictures::picture(const RelatedVideo &video)
+{
+    if (video.id == 0)
+        return onlinePicture(video);
+    if (const QPixmap *known = m_pictures.object(video.url))
+        return *known;
+    read(video);
+    return {};
+}
+
+QPixmap Pictures::onlinePicture(const RelatedVideo &video)
+{
+    if (const QPixmap *known = m_online.object(video.url))
+        return *known;
+    if (!video.picture.isEmpty() && !m_askedOnline.contains(video.url)) {
+        m_askedOnline.insert(video.url);
+        Q_EMIT wantedOnline(video);
+    }
+    return {};
+}
+
+void Pictures::put(const QString &url, const QImage &image)
+{
+    m_pictures.insert(url, new QPixmap(QPixmap::fromImage(image)));
+    Q_EMIT arrived(url);
+}
+
+void Pictures::putOnline(const QString &url, const QImage &image)
+{
+    m_askedOnline.remove(url);
+    m_online.insert(url, new QPixmap(QPixmap::fromImage(image)));
+    Q_EMIT arrived(url);
+}
+
+void Pictures::refresh()
+{
+    m_pictures.clear();
+    m_askedOnline.clear();
+}
+
+void Pictures::forgetOnline()
+{
+    m_online.clear();
+    m_askedOnline.clear();
+}
+
+void Pictures::read(const RelatedVideo &video)
+{
+    if (m_reading.contains(video.url))
+        return;
+    m_reading.insert(video.url);
+    const QString name = fileName(video.url) + u".jpeg"_s;
+    const QStringList paths{QDir::homePath() + u"/.cache/kestrel/video-grid/"_s + name,
+                            QDir::homePath() + u"/.thumbnails/video-grid/"_s + name};
+    auto promise = std::make_shared<QPromise<QImage>>();
+    promise->start();
+    promise->future().then(this, [this, video](const QImage &image) {
+        m_reading.remove(video.url);
+        if (!image.isNull())
+            put(video.url, image);
+        else
+            askThumbnailer(video);
+    });
+    QThreadPool::globalInstance()->start([promise, paths] {
+        promise->addResult(readFirst(paths));
+        promise->finish();
+    });
+}
+
+void Pictures::askThumbnailer(const RelatedVideo &video)
+{
+    if (m_asked.contains(video.url))
+        return;
+    m_asked.insert(video.url);
+    m_waiting.insert(video.url, video);
+    QDBusMessage call
+        = QDBusMessage::createMethodCall(thumbnailer, thumbnailerPath, thumbnailerInterface, u"Queue"_s);
+    call.setArguments(
+        {QStringList(video.url), QStringList(video.mimeType), u"video-grid"_s, u"default"_s, 0U});
+    // What is not answered leaves the place of the picture as it is.
+    QDBusConnection::sessionBus().asyncCall(call);
+}
+
+void Pictures::thumbnailReady(uint, const QStringList &urls)
+{
+    for (const QString &url : urls) {
+        if (const auto waiting = m_waiting.constFind(url); waiting != m_waiting.cend())
+            read(m_waiting.take(url));
+    }
+}

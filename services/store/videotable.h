@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "videorecord.h"
+
+#include <QHash>
+#include <QMap>
+#include <QMultiHash>
+#include <QStringList>
+
+// Every video that the store holds, found by identifier, path or file identity.
+class VideoTable
+{
+public:
+    // Adds the record or replaces the one of the same urn.
+    void put(const VideoRecord &record);
+    void remove(const QString &urn);
+    void clear();
+
+    [[nodiscard]] int size() const { return int(m_records.size()); }
+    // Valid until the next put(), remove() or clear(); null when unknown.
+    [[nodiscard]] const VideoRecord *byUrn(const QString &urn) const;
+    [[nodiscard]] const VideoRecord *byPath(const QString &path) const;
+    [[nodiscard]] const VideoRecord *byId(int id) const;
+    // All videos below a folder, by path.
+    [[nodiscard]] QStringList urnsUnder(const QString &folder) const;
+    [[nodiscard]] QStringList urnsOfInode(const FileIdentity &identity) const;
+    [[nodiscard]] QStringList urnsOfContent(const FileIdentity &identity) const;
+    // Store ids of videos that were recorded from one time until before another (seconds since 1970), those
+    // nearest to `around` first.
+    [[nodiscard]] QList<int> recordedBetween(qint64 from, qint64 until, qint64 around, int most) const;
+    [[nodiscard]] QStringList urns() const { return m_records.keys(); }
+
+private:
+    using Inode = std::pair<quint64, quint64>;
+
+    QHash<QString, VideoRecord> m_records;
+    QMap<QString, QString> m_urnByPath;
+    QHash<int, QString> m_urnById;
+    QMultiMap<qint64, int> m_idsByCreation; // seconds since 1970
+    QMultiHash<Inode, QString> m_urnsByInode;
+    QMultiHash<QByteArray, QString> m_urnsByDigest;
+};

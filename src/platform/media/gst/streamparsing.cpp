@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "streamparsing.h"
+
+#include "elementhooks.h"
+
+namespace {
+
+constexpr guint64 ShortestInterleave = 1500 * GST_MSECOND;
+
+// Taken apart by the source, each stream ends on a thread of its own. decodebin3 1.22 sends the last of these
+// ends to all streams from there; a seek that meets them waits for that thread, which waits for the seek. It
+// also learns of the streams one after the other, and a late word of the first ones takes the sound away
+// again.
+void setUp(GstBin *playbin, GstBin *bin, GstElement *element, gpointer self)
+{
+    (void)playbin;
+    (void)bin;
+    (void)self;
+    if (isMadeBy(element, "urisourcebin"))
+        g_object_set(element, "parse-streams", FALSE, nullptr);
+}
+
+// decodebin3 makes it as short as what the decoders say they hold. A transport stream whose sound comes half
+// a second early then fills the queue of the sound before the decoder of the pictures has what it needs.
+void keepLong(GObject *queue, GParamSpec *property, gpointer self)
+{
+    (void)property;
+    (void)self;
+    guint64 length = 0;
+    g_object_get(queue, "min-interleave-time", &length, nullptr);
+    if (length < ShortestInterleave)
+        g_object_set(queue, "min-interleave-time", ShortestInterleave, nullptr);
+}
+
+void setUpQueue(const GValue *value, gpointer self)
+{
+    (void)self;
+    auto *queue = static_cast<GObject *>(g_value_get_object(value));
+    // What a camera writes at 100 Mbit/s may have more than the usual ten megabytes of pictures before the
+    // sound that belongs to them. The time remains the limit.
+    g_object_set(queue, "max-size-bytes", 0u, nullptr);
+    g_signal_connect(queue, "notify::min-interleave-time", G_CALLBACK(keepLong), nullptr);
+    keepLong(queue, nullptr, nullptr);
+}
+
+} // namespace
+
+void parseInDecoder(GstElement *playbin)
+{
+    g_signal_connect(playbin, "deep-element-added", G_CALLBACK(setUp), nullptr);
+    GstIterator *queues = gst_bin_iterate_all_by_element_factory_name(GST_BIN(playbin), "multiqueue");
+    gst_iterator_foreach(queues, setUpQueue, nullptr);
+    gst_iterator_free(queues);
+}

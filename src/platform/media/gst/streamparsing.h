@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <gst/gst.h>
+
+// Has the streams of what a playbin3 opens taken apart by the decoder, as one input, and not by the source,
+// as one input each. To be called before it starts.
+void parseInDecoder(GstElement *playbin);

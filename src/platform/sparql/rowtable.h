@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QVariant>
+
+#include <vector>
+
+// The rows of one answer, packed: all texts one behind the other as UTF-8, five bytes beside each.
+class RowTable
+{
+public:
+    enum class Type : quint8 { Unbound, Text, Integer, Double, DateTime, Boolean };
+
+    RowTable() = default;
+    explicit RowTable(int columns) : m_columns(columns) { }
+
+    // Cells come row by row. False when the table is full (4 GiB of text).
+    [[nodiscard]] bool append(Type type, QByteArrayView utf8);
+
+    [[nodiscard]] int columns() const { return m_columns; }
+    [[nodiscard]] int rows() const { return m_columns > 0 ? int(m_ends.size() / size_t(m_columns)) : 0; }
+
+    // Null when unbound or out of range.
+    [[nodiscard]] QString text(int row, int column) const;
+    [[nodiscard]] QVariant value(int row, int column) const;
+
+private:
+    [[nodiscard]] bool contains(int row, int column) const;
+    [[nodiscard]] QByteArrayView bytes(size_t cell) const;
+
+    int m_columns = 0;
+    QByteArray m_bytes;
+    std::vector<quint32> m_ends;
+    std::vector<Type> m_types;
+};

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "sparqlresult.h"
+
+#include "sparqllog.h"
+
+#include <limits>
+
+Q_LOGGING_CATEGORY(lcSparql, "kestrel.sparql", QtInfoMsg)
+
+namespace {
+
+int nextId()
+{
+    static int last = 0;
+    last = last == std::numeric_limits<int>::max() ? 1 : last + 1;
+    return last;
+}
+
+} // namespace
+
+SparqlResult::SparqlResult(QObject *parent) : QObject(parent), m_id(nextId()) { }
+
+SparqlResult::~SparqlResult() = default;

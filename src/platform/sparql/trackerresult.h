@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "cursorfetch.h"
+#include "sparqlresult.h"
+
+// The answer of the store library to one statement.
+class TrackerResult : public SparqlResult
+{
+    Q_OBJECT
+
+public:
+    explicit TrackerResult(QObject *parent = nullptr) : SparqlResult(parent) { }
+
+    [[nodiscard]] bool hasError() const override { return !m_outcome.error.isNull(); }
+    [[nodiscard]] QString errorMessage() const override { return m_outcome.error; }
+    [[nodiscard]] bool isFinished() const override { return m_finished; }
+    bool next() override;
+    [[nodiscard]] QVariant value(int column) const override { return m_outcome.table.value(m_row, column); }
+    [[nodiscard]] QString stringValue(int column) const override
+    {
+        return m_outcome.table.text(m_row, column);
+    }
+    [[nodiscard]] int size() const override { return m_outcome.table.rows(); }
+
+    // Ends the statement, the first time it is called. Not from within exec().
+    void finish(StatementOutcome outcome);
+
+private:
+    StatementOutcome m_outcome;
+    int m_row = -1;
+    bool m_finished = false;
+};

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "settingsmanager.h"
+
+#include "gsettingsstore.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+// The program's own schema, of the build tree or the installation, goes before the system's, which may be
+// older.
+QStringList schemaDirectories()
+{
+    const QString programs = QCoreApplication::applicationDirPath();
+    const bool isService = QDir(programs).dirName() == "kestrel"_L1; // of an installation
+    const QString data
+        = isService ? QStringLiteral(KESTREL_DATA_FROM_LIBEXEC) : QStringLiteral(KESTREL_DATA_FROM_BIN);
+    return {programs + u'/' + data + u"/glib-2.0/schemas"_s, programs + u"/schemas"_s};
+}
+
+SettingsValues read(const GSettingsStore &store)
+{
+    SettingsValues values;
+    values.playbackStartMode = store.intValue("playback-start-mode", values.playbackStartMode);
+    values.playbackDisplayMode = store.intValue("playback-display-mode", values.playbackDisplayMode);
+    values.onlineContentMode = store.intValue("online-content-mode", values.onlineContentMode);
+    values.hideOwnRecordings = store.boolValue("hide-own-recordings", values.hideOwnRecordings);
+    values.windowProfile = store.stringValue("window-profile", values.windowProfile);
+    return values;
+}
+} // namespace
+
+class SettingsManager::Private
+{
+public:
+    explicit Private(SettingsManager *manager)
+        : store(u"com.harrow.kestrel"_s, schemaDirectories(), [manager, this] { refresh(manager); }),
+          values(read(store))
+    {
+    }
+
+    // A change of several keys at once comes as one signal a key; only what differs is announced.
+    void refresh(SettingsManager *manager)
+    {
+        const SettingsValues now = override ? *override : read(store);
+        if (now == values)
+            return;
+        values = now;
+        Q_EMIT manager->settingsModified();
+    }
+
+    GSettingsStore store;
+    SettingsValues values;
+    std::optional<SettingsValues> override;
+};
+
+SettingsManager *SettingsManager::instance()
+{
+    static SettingsManager *const manager = new SettingsManager;
+    return manager;
+}
+
+SettingsManager::SettingsManager() : d(new Private(this)) { }
+
+SettingsManager::~SettingsManager()
+{
+    delete d;
+}
+
+void SettingsManager::setOverride(const std::optional<SettingsValues> &values)
+{
+    d->override = values;
+    d->refresh(this);
+}
+
+int SettingsManager::playbackStartMode() const
+{
+    return d->values.playbackStartMode;
+}
+
+int SettingsManager::playbackDisplayMode() const
+{
+    return d->values.playbackDisplayMode;
+}
+
+int SettingsManager::onlineContentMode() const
+{
+    return d->values.onlineContentMode;
+}
+
+bool SettingsManager::hideOwnRecordings() const
+{
+    return d->values.hideOwnRecordings;
+}
+
+QString SettingsManager::windowProfile() const
+{
+    return d->values.windowProfile;
+}

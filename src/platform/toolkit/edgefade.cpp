@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "edgefade.h"
+
+#include "painthelpers.h"
+
+namespace toolkit {
+
+namespace {
+
+constexpr qreal fadeDepth = 28;
+
+} // namespace
+
+EdgeFade::EdgeFade(QGraphicsItem *parent) : QGraphicsItem(parent)
+{
+    setAcceptedMouseButtons(Qt::NoButton);
+    setZValue(0.5); // over the content, under the indicator
+    setVisible(false);
+}
+
+void EdgeFade::setGround(const QColor &ground)
+{
+    if (m_ground == ground)
+        return;
+    m_ground = ground;
+    setVisible(ground.isValid());
+    update();
+}
+
+qreal EdgeFade::depth() const
+{
+    return m_ground.isValid() ? fadeDepth : 0;
+}
+
+void EdgeFade::setEdges(const QRectF &area, bool atHead, bool atFoot)
+{
+    if (area == m_area && atHead == m_atHead && atFoot == m_atFoot)
+        return;
+    prepareGeometryChange();
+    m_area = area;
+    m_atHead = atHead;
+    m_atFoot = atFoot;
+    update();
+}
+
+void EdgeFade::paint(QPainter *painter, const QStyleOptionGraphicsItem *, QWidget *)
+{
+    if (m_atHead)
+        fadeInto(painter, QRectF(m_area.topLeft(), QSizeF(m_area.width(), fadeDepth)), Qt::TopEdge, m_ground);
+    if (m_atFoot)
+        fadeInto(painter, QRectF(m_area.left(), m_area.bottom() - fadeDepth, m_area.width(), fadeDepth),
+                 Qt::BottomEdge, m_ground);
+}
+
+} // namespace toolkit

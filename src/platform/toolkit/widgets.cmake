@@ -1,0 +1,35 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+set(TOOLKIT_WIDGETS_SOURCES
+  banner.cpp
+  button.cpp
+  colormath.cpp
+  desktopappearance.cpp
+  feedbackservice.cpp
+  formattedtext.cpp
+  iconstore.cpp
+  imagewidget.cpp
+  label.cpp
+  layout.cpp
+  linearlayoutpolicy.cpp
+  linearsolver.cpp
+  lineeditor.cpp
+  list.cpp
+  listcells.cpp
+  listinput.cpp
+  listlayouter.cpp
+  painthelpers.cpp
+  spinner.cpp
+  style.h
+  taptracker.cpp
+  textedit.cpp
+  texteditinput.cpp
+  texteditmenu.cpp
+  textlayouter.cpp
+  textmenu.cpp
+  theme.cpp
+  themefile.cpp
+  themewatcher.cpp
+  widget.cpp
+  widgetcontroller.cpp
+  widgetfactory.cpp
+  wordfitter.cpp)

@@ -1,0 +1,12 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+foreach(name test_serviceactivator test_storetexts test_trackerdriver)
+  kestrel_test(${name} SOURCES ${name}.cpp LINK kestrel_sparql kestrel_store_peer LABELS integration TIMEOUT 300)
+endforeach()
+if(TARGET kestrel-store)
+  kestrel_test(test_realstore SOURCES test_realstore.cpp LINK kestrel_sparql Qt6::DBus LABELS integration)
+  target_include_directories(test_realstore PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  add_dependencies(test_realstore kestrel-store)
+  if(TARGET kestrel-media-worker)
+    add_dependencies(test_realstore kestrel-media-worker)
+  endif()
+endif()

@@ -1,0 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+foreach(name store_updatetext store_journal store_changefeed store_database store_follower store_indexer store_values)
+  kestrel_test(${name} SOURCES ${name}.cpp LINK kestrel_store_core)
+endforeach()

@@ -1,0 +1,13 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+foreach(name device_state_test device_names_test settings_manager_test system_information_test)
+  kestrel_test(${name} SOURCES ${name}.cpp LINK kestrel_system Qt6::DBus)
+endforeach()
+target_link_libraries(settings_manager_test PRIVATE PkgConfig::GIO)
+foreach(name backlight_test video_route_test)
+  kestrel_test(${name} SOURCES ${name}.cpp LINK kestrel_system)
+endforeach()
+kestrel_test(fake_device_test SOURCES fake_device_test.cpp LINK kestrel_fake_device)
+kestrel_test(device_nobus_test SOURCES device_nobus_test.cpp LINK kestrel_system Qt6::DBus)
+target_include_directories(device_nobus_test PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+kestrel_test(file_writer_test SOURCES file_writer_test.cpp LINK kestrel_system)
+target_include_directories(file_writer_test PRIVATE ${CMAKE_SOURCE_DIR}/tests)
