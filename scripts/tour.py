@@ -80,7 +80,7 @@ class Tour:
         x, y, width, height = self.window
         return self.screen.picture().crop((x, y, x + width, y + height))
 
-    def wait(self, what, condition, seconds=20.0):
+    def wait(self, what, condition, seconds=30.0):
         end = time.monotonic() + seconds
         while True:
             if self.program.poll() is not None:
@@ -94,7 +94,7 @@ class Tour:
                 raise Failed(f"{what}: not within {seconds:.0f} s")
             time.sleep(0.1)
 
-    def still(self, what, seconds=10.0):
+    def still(self, what, seconds=30.0):
         """Waits until nothing moved for a second. A text cursor that blinks does not count."""
         reference = [None, 0.0]
 
@@ -264,11 +264,11 @@ class Tour:
             self.screen.move(*self.list_point(width / 2, height * (0.8 - moved * 0.05)))
             time.sleep(0.015)
         run("xdotool", "mouseup", "1")
-        self.wait("scroll: the list moves", lambda image: difference(image, before) > 4, 5)
+        self.wait("scroll: the list moves", lambda image: difference(image, before) > 4)
         self.keep("scrolled", self.still("scroll: at rest"))
         for _ in range(60):
             run("xdotool", "click", "4")
-        self.wait("scroll: back at the top", lambda image: difference(image, before) < 6, 15)
+        self.wait("scroll: back at the top", lambda image: difference(image, before) < 6)
 
     def step_filter(self):
         before = self.still("filter: at rest")
@@ -289,7 +289,7 @@ class Tour:
         # Return takes the focus from the field; an empty one that nobody uses goes away after five seconds.
         self.screen.key("Return")
         self.typing = False
-        self.wait("filter: the empty field goes away", lambda image: difference(image, before) < 1.5, 15)
+        self.wait("filter: the empty field goes away", lambda image: difference(image, before) < 1.5)
 
     def tap_first_cell(self):
         self.screen.tap(*self.list_point(self.list_size[0] / 2, (HEADER + CELL / 2) * self.scale))
@@ -300,9 +300,9 @@ class Tour:
     def step_play(self):
         self.find_turn()
         self.tap_first_cell()
-        self.wait("play: a picture with a sun", self.player_shown, 20)
+        self.wait("play: a picture with a sun", self.player_shown)
         first = self.sun(self.look())
-        self.wait("play: the sun moves", lambda image: (self.sun(image) or 0) > first + 0.06, 15)
+        self.wait("play: the sun moves", lambda image: (self.sun(image) or 0) > first + 0.06)
         self.keep("playing")
         return first
 
@@ -326,21 +326,21 @@ class Tour:
 
     def step_controls(self):
         self.show_controls()
-        self.keep("controls", self.wait("controls: a tap shows them", self.controls_shown, 3))
-        self.wait("controls: they go away by themselves", lambda image: not self.controls_shown(image), 8)
+        self.keep("controls", self.wait("controls: a tap shows them", self.controls_shown))
+        self.wait("controls: they go away by themselves", lambda image: not self.controls_shown(image))
 
     def tap_back(self):
         upright = self.show_controls()
-        self.wait("back: a tap shows the controls", self.controls_shown, 3)
+        self.wait("back: a tap shows the controls", self.controls_shown)
         x = upright.width - 38 if self.rtl else 38
         scale = max(1.0, self.scale)
         self.screen.tap(*self.player_point(x * scale, 38 * scale))
 
     def step_back(self):
         self.tap_back()
-        self.wait("back: the list", self.list_shown, 6)
+        self.wait("back: the list", self.list_shown)
         # The store reports the change and the cell shows the still and the time that remains.
-        self.wait("back: the cell shows the remaining time", lambda image: self.has_accent(self.cell_picture(image, 0)), 8)
+        self.wait("back: the cell shows the remaining time", lambda image: self.has_accent(self.cell_picture(image, 0)))
         image = self.still("back: at rest")
         self.keep("back", image)
         # The still in the cell is the frame that was left.
@@ -357,7 +357,7 @@ class Tour:
 
     def step_resume(self, name="resumed"):
         self.tap_first_cell()
-        image = self.wait("resume: a picture with a sun", self.player_shown, 20)
+        image = self.wait("resume: a picture with a sun", self.player_shown)
         at = self.sun(image)
         # The still is small: a second or so either way; and the picture is looked at a moment after it began to move.
         second = 1 / 60
@@ -368,14 +368,14 @@ class Tour:
 
     def step_restart(self):
         self.screen.key("BackSpace")
-        self.wait("restart: back in the list", self.list_shown, 6)
-        self.wait("restart: the cell shows the remaining time", lambda image: self.has_accent(self.cell_picture(image, 0)), 8)
+        self.wait("restart: back in the list", self.list_shown)
+        self.wait("restart: the cell shows the remaining time", lambda image: self.has_accent(self.cell_picture(image, 0)))
         self.still("restart: at rest")
         self.program.kill()
         self.program.wait()
         self.start()
-        self.wait("restart: the list after a kill", lambda image: self.cells_with_pictures(image) >= self.rows_on_screen(image), 20)
-        self.wait("restart: the place is kept", lambda image: self.has_accent(self.cell_picture(image, 0)), 8)
+        self.wait("restart: the list after a kill", lambda image: self.cells_with_pictures(image) >= self.rows_on_screen(image))
+        self.wait("restart: the place is kept", lambda image: self.has_accent(self.cell_picture(image, 0)))
         self.keep("after-kill", self.still("restart: at rest"))
 
     def everything(self):

@@ -54,7 +54,7 @@ class DetailsStates:
             with self.program_runs(str(video)):
                 self.wait("the film", lambda image: self.sun(image) is not None, 30)
                 self.screen.key("space")
-                shown = self.wait("the controls", self.controls_shown, 5)
+                shown = self.wait("the controls", self.controls_shown)
                 self.screen.key("Tab", "Tab", "Return")  # back, the information
                 self.changed(shown, "the details", 3)
                 self.keep("details-none", self.rest())

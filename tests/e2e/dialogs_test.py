@@ -31,7 +31,7 @@ class Dialogs(e2e.Case):
         button = "1" if self.tour.handset else "3"
         self.tour.screen.move(*self.point(x, y))
         e2e.touring.run("xdotool", "mousedown", button)
-        self.tour.wait("the menu", lambda image: self.brightness(image) < 0.75 * before, 5)
+        self.tour.wait("the menu", lambda image: self.brightness(image) < 0.75 * before)
         e2e.touring.run("xdotool", "mouseup", button)
         self.menu = (x, y)
         return self.tour.still("the menu at rest")
@@ -71,13 +71,13 @@ class Dialogs(e2e.Case):
     def filtered(self, text, count):
         self.tour.screen.type(text)
         self.typing(True)
-        self.tour.wait(f"{count} cells for {text}", lambda image: self.tour.cells_with_pictures(image, HEADER + 80) == count, 10)
+        self.tour.wait(f"{count} cells for {text}", lambda image: self.tour.cells_with_pictures(image, HEADER + 80) == count)
 
     def leave_filter(self, count):
         self.tour.screen.key(*["BackSpace"] * 10)
         self.tour.screen.key("Return")
         self.typing(False)
-        self.tour.wait("the field goes away", lambda image: self.tour.list_shown(image) and self.tour.cells_with_pictures(image) == count, 15)
+        self.tour.wait("the field goes away", lambda image: self.tour.list_shown(image) and self.tour.cells_with_pictures(image) == count)
 
     def test_a_video_is_shared_renamed_and_deleted(self):
         alpha, beta, gamma = (e2e.clip(self.videos / f"{name}.mp4", color=color)
@@ -94,7 +94,7 @@ class Dialogs(e2e.Case):
         self.menu_of(0)
         before = self.tour.look()
         self.choose(SHARE)
-        self.tour.wait("the share sheet", lambda image: e2e.touring.difference(image, before) > 4, 5)
+        self.tour.wait("the share sheet", lambda image: e2e.touring.difference(image, before) > 4)
         self.tour.keep("share", self.tour.still("the share sheet at rest"))
         self.tour.screen.key("Escape")
         self.list_back(3)
@@ -103,7 +103,7 @@ class Dialogs(e2e.Case):
         self.menu_of(2)
         before = self.tour.look()
         self.choose(RENAME)
-        self.tour.wait("the sheet", lambda image: e2e.touring.difference(image, before) > 2, 5)
+        self.tour.wait("the sheet", lambda image: e2e.touring.difference(image, before) > 2)
         self.typing(True)
         self.tour.keep("rename", self.tour.still("the sheet at rest"))
         self.tour.screen.type(" zebra")
@@ -119,7 +119,7 @@ class Dialogs(e2e.Case):
         self.menu_of(1)
         before = self.tour.look()
         self.choose(DELETE)
-        self.tour.wait("the question", lambda image: e2e.touring.difference(image, before) > 2, 5)
+        self.tour.wait("the question", lambda image: e2e.touring.difference(image, before) > 2)
         self.tour.keep("delete", self.tour.still("the question at rest"))
         self.answer(yes=False)
         self.list_back(3)
@@ -127,7 +127,7 @@ class Dialogs(e2e.Case):
         self.menu_of(1)
         before = self.tour.look()
         self.choose(DELETE)
-        self.tour.wait("the question", lambda image: e2e.touring.difference(image, before) > 2, 5)
+        self.tour.wait("the question", lambda image: e2e.touring.difference(image, before) > 2)
         self.tour.still("the question at rest")
         self.answer(yes=True)
         e2e.wait_until("the file is gone", lambda: not beta.exists())
@@ -151,7 +151,7 @@ class Dialogs(e2e.Case):
         self.menu_of(0)
         before = self.tour.look()
         self.choose(DELETE)
-        self.tour.wait("the question", lambda image: e2e.touring.difference(image, before) > 2, 5)
+        self.tour.wait("the question", lambda image: e2e.touring.difference(image, before) > 2)
         self.tour.still("the question at rest")
         # While the person thinks about it, another file takes the name.
         (self.videos / "Alpha.mp4").rename(self.home / "Alpha.mp4")

@@ -141,7 +141,7 @@ class Peer:
         self.process.stdout.close()
 
 
-def wait_until(what, condition, seconds=20.0):
+def wait_until(what, condition, seconds=30.0):
     end = time.monotonic() + seconds
     while True:
         result = condition()

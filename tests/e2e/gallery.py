@@ -153,7 +153,7 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
         return 194 if "large" in self.variant.name else touring.CELL
 
     def changed(self, before, what, by=0.5):
-        self.wait(what, lambda image: touring.difference(image, before) > by, 10)
+        self.wait(what, lambda image: touring.difference(image, before) > by)
         return self.rest()
 
     # --- the states of the library
@@ -219,7 +219,7 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
         self.screen.move(*self.cell(1))
         for _ in range(3):
             self.pointer("click", "5")
-        self.wait("the list moves", lambda image: touring.difference(image, before) > 1, 5)
+        self.wait("the list moves", lambda image: touring.difference(image, before) > 1)
         time.sleep(0.3)
         self.keep("scrolled")
 
@@ -260,14 +260,14 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
         width, height = self.screen.size
         self.screen.key("super+k")
         self.window = (0, 0, width, height - stage.keyboard_height(self.screen.size))
-        self.wait("the sheet above the keyboard", self.window_shrunk, 10)
+        self.wait("the sheet above the keyboard", self.window_shrunk)
         return self.with_keyboard(self.rest())
 
     def put_keyboard_away(self):
         if self.handset:
             self.screen.key("super+k")
             self.window = (0, 0, *self.screen.size)
-            self.wait("the whole window", self.window_shrunk, 10)
+            self.wait("the whole window", self.window_shrunk)
 
     def with_keyboard(self, image):
         return stage.with_keyboard(image, self.screen.size, self.variant.light) if self.handset else image
@@ -289,14 +289,14 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
         """The address of a video was copied."""
         self.choose(before, "share", "the share sheet")
         self.screen.key("Tab", "Return")
-        self.keep("banner", self.wait("the banner on the list", lambda image: self.has_banner(self.portrait(image)) and self.same_head(image, before), 20))
+        self.keep("banner", self.wait("the banner on the list", lambda image: self.has_banner(self.portrait(image)) and self.same_head(image, before)))
 
     def lost_video(self, _):
         """Another program asks for a video that is not there any more."""
         bus = dbus.bus.BusConnection(os.environ["DBUS_SESSION_BUS_ADDRESS"])
         bus.call_blocking(SERVICE, "/", INTERFACE, "play", "as", [["file:///nowhere/at/all.mp4"]])
         bus.close()
-        self.keep("lost-video", self.wait("the banner", lambda image: self.has_banner(self.portrait(image)) or self.has_message(image), 20))
+        self.keep("lost-video", self.wait("the banner", lambda image: self.has_banner(self.portrait(image)) or self.has_message(image)))
 
     def has_banner(self, upright):
         """Its ground, one of the schemes' second surfaces, in the middle of the page's foot."""
@@ -311,7 +311,7 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
         with self.program_runs():
             before = self.rest(15)
             self.screen.tap(*self.cell(0))
-            self.wait("the player", lambda image: touring.difference(image, before) > 12, 20)
+            self.wait("the player", lambda image: touring.difference(image, before) > 12)
             time.sleep(2.5)
             self.keep("player-playing")
             self.show_controls()
@@ -330,11 +330,11 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
         for _ in range(4):  # the controls go by themselves: on a slow machine before the pointer is there
             if not self.controls_shown(self.look()):
                 self.show_controls()
-            shown = self.wait("the controls", self.controls_shown, 5)
+            shown = self.wait("the controls", self.controls_shown)
             width = self.landscape(shown).width
             self.screen.tap(*self.player_point(side if self.rtl else width - side, side))
             with contextlib.suppress(touring.Failed):
-                self.wait("the menu of the player", lambda image: self.brightness(image) < 0.75 * self.brightness(shown), 3)
+                self.wait("the menu of the player", lambda image: self.brightness(image) < 0.75 * self.brightness(shown))
                 return self.rest()
         raise touring.Failed("the menu of the player does not open")
 
@@ -355,7 +355,7 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
                 self.screen.type("autumn")  # a long one: it is not over before the picture is taken
                 before = self.changed(listed, "the filter")
                 self.screen.tap(*self.cell(0, touring.HEADER + 80))
-                self.wait("the player", lambda image: touring.difference(image, before) > 12, 20)
+                self.wait("the player", lambda image: touring.difference(image, before) > 12)
                 opened = self.open_player_menu()
                 if state == "player-menu":
                     self.keep(state, opened)
@@ -377,7 +377,7 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
                 file.truncate(file.tell() + LARGE - 16)
             taken.write_bytes(b"somebody's")
             with self.program_runs(str(video)):
-                self.wait("the player", lambda image: self.sun(image) is not None, 20)
+                self.wait("the player", lambda image: self.sun(image) is not None)
                 opened = self.open_player_menu()
                 self.keep("player-save-as", opened)
                 form = self.choose_in_player(opened, 0, "the form")
@@ -396,7 +396,7 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
                 self.screen.key("ctrl+a")
                 self.screen.type("Island")
                 self.screen.key("Return")
-                self.wait("the progress", lambda image: touring.difference(image, form) > 1, 10)
+                self.wait("the progress", lambda image: touring.difference(image, form) > 1)
                 time.sleep(0.8)
                 self.keep("save-as-progress")
                 self.screen.key("Escape")

@@ -65,7 +65,7 @@ class MassStorage(control.Case):
         return colourless and 200 < light < middle.width * middle.height * 0.1
 
     def wait_for_information_page(self, name):
-        self.tour.keep(name, self.tour.wait("the information page", self.is_information_page, 10))
+        self.tour.keep(name, self.tour.wait("the information page", self.is_information_page))
 
     # --- what a person sees
 
@@ -80,7 +80,7 @@ class MassStorage(control.Case):
         self.assertTrue(self.is_information_page(self.tour.still("the page at rest")))
         self.assertEqual(self.status(), "")
         self.take_back()
-        self.tour.wait("the list as it was", lambda image: touring.difference(image, before) < 0.5, 20)
+        self.tour.wait("the list as it was", lambda image: touring.difference(image, before) < 0.5)
         self.play(self.first)
         self.wait_until_it_plays(self.first)
 
@@ -98,7 +98,7 @@ class MassStorage(control.Case):
         self.give_away()
         self.wait_for_information_page("away")
         self.take_back()
-        self.tour.wait("the player is back", lambda image: not self.is_information_page(image), 20)
+        self.tour.wait("the player is back", lambda image: not self.is_information_page(image))
         self.tour.keep("back")
         self.assertEqual(self.status(), "Paused")  # nobody asked it to go on
         self.tour.screen.key("space")

@@ -124,14 +124,14 @@ class Subtitles(Options):
 
     def seen(self, what):
         """The room that the words take, when the controls have gone."""
-        self.tour.wait(f"{what}: the controls have gone", lambda image: not self.bar_shown(image), 20)
-        found = e2e.wait_until(f"{what}: words on the screen", lambda: self.area()[0] > 0.05 and self.area(), 10)
+        self.tour.wait(f"{what}: the controls have gone", lambda image: not self.bar_shown(image))
+        found = e2e.wait_until(f"{what}: words on the screen", lambda: self.area()[0] > 0.05 and self.area())
         self.tour.keep(what)
         return found
 
     def nothing_seen(self, what):
-        self.tour.wait(f"{what}: the controls have gone", lambda image: not self.bar_shown(image), 20)
-        e2e.wait_until(f"{what}: no words on the screen", lambda: self.area() == (0, 0), 10)
+        self.tour.wait(f"{what}: the controls have gone", lambda image: not self.bar_shown(image))
+        e2e.wait_until(f"{what}: no words on the screen", lambda: self.area() == (0, 0))
         self.tour.keep(what)
 
     def bar_shown(self, image):

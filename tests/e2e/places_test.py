@@ -59,7 +59,7 @@ class Places(control.Case):
         self.assertTrue(place - 6 <= saved <= place, (saved, place))
         e2e.wait_until("the note is closed", lambda: not self.notes())
         self.wait_for_cells(2, 20)
-        self.tour.wait("the cell shows how far it was watched", self.watched, 10)
+        self.tour.wait("the cell shows how far it was watched", self.watched)
         self.tour.keep("after-the-kill")
         self.play(self.first)
         self.wait_until_it_plays(self.first, saved - 0.5)

@@ -60,10 +60,10 @@ class PlayerControls(control.Case):
     # --- what it did
 
     def near(self, what, second, tolerance=1.0):
-        e2e.wait_until(f"{what}: the video at {second:.0f}, not {self.position():.1f}", lambda: abs(self.position() - second) <= tolerance, 5)
+        e2e.wait_until(f"{what}: the video at {second:.0f}, not {self.position():.1f}", lambda: abs(self.position() - second) <= tolerance)
 
     def shown(self, what):
-        return self.tour.wait(f"{what}: the controls", self.tour.controls_shown, 8)
+        return self.tour.wait(f"{what}: the controls", self.tour.controls_shown)
 
     def volume(self):
         return float(self.player().get("Volume", -1))
@@ -78,7 +78,7 @@ class PlayerControls(control.Case):
         self.tour.show_controls()
         self.shown("a tap")
         self.tour.keep("controls")
-        self.tour.wait("they go by themselves", lambda image: not self.tour.controls_shown(image), 12)
+        self.tour.wait("they go by themselves", lambda image: not self.tour.controls_shown(image))
         self.tour.show_controls()
         time.sleep(0.3)
         self.down(self.above_foot(0.4, SEEK_LINE))  # before they go again, also on a busy machine
@@ -90,7 +90,7 @@ class PlayerControls(control.Case):
         time.sleep(1)
         self.near("it waits", FILM / 2)
         self.up()
-        e2e.wait_until("it goes on", lambda: 0.5 < self.position() - FILM / 2 < 10, 10)
+        e2e.wait_until("it goes on", lambda: 0.5 < self.position() - FILM / 2 < 10)
         self.assertEqual(self.status(), "Playing")
 
     def test_swipes(self):
@@ -109,10 +109,10 @@ class PlayerControls(control.Case):
 
         self.assertEqual(self.volume(), 1)
         self.swipe(self.point(0.75, 0.3), self.point(0.75, 0.7), "volume")
-        e2e.wait_until("less volume", lambda: 0 < self.volume() < 0.8, 5)
+        e2e.wait_until("less volume", lambda: 0 < self.volume() < 0.8)
         bright = self.brightness()
         self.swipe(self.point(0.25, 0.3), self.point(0.25, 0.9), "brightness")
-        e2e.wait_until("a darker picture", lambda: self.brightness() < bright * 0.75, 5)
+        e2e.wait_until("a darker picture", lambda: self.brightness() < bright * 0.75)
         self.assertGreater(self.brightness(), bright * 0.05)
         self.assertEqual(self.status(), "Playing")
         self.tour.screen.key("Escape")
@@ -138,28 +138,28 @@ class PlayerControls(control.Case):
         key = self.tour.screen.key
         key("Down", "Down")
         self.shown("a key")
-        e2e.wait_until("less volume", lambda: abs(self.volume() - 0.9) < 0.01, 5)
+        e2e.wait_until("less volume", lambda: abs(self.volume() - 0.9) < 0.01)
         key("Up")
-        e2e.wait_until("more volume", lambda: abs(self.volume() - 0.95) < 0.01, 5)
+        e2e.wait_until("more volume", lambda: abs(self.volume() - 0.95) < 0.01)
         key("m")
-        e2e.wait_until("silence", lambda: self.volume() == 0, 5)
+        e2e.wait_until("silence", lambda: self.volume() == 0)
         self.tour.keep("silent")
         key("m")
-        e2e.wait_until("what was heard before", lambda: abs(self.volume() - 0.95) < 0.01, 5)
+        e2e.wait_until("what was heard before", lambda: abs(self.volume() - 0.95) < 0.01)
         here = self.position()
         key("Right")
         self.near("ten seconds on", here + 11.5, 3)
         key("Left")
         self.near("ten seconds back", here + 2, 4)
         key("space")
-        e2e.wait_until("paused", lambda: self.status() == "Paused", 5)
+        e2e.wait_until("paused", lambda: self.status() == "Paused")
         key("Tab", "Tab", "Tab", "Tab")  # back, details, menu, the mark in the middle
         time.sleep(0.3)
         self.tour.keep("focus")
         key("space")
-        e2e.wait_until("playing", lambda: self.status() == "Playing", 5)
+        e2e.wait_until("playing", lambda: self.status() == "Playing")
         self.assertAlmostEqual(self.volume(), 0.95, 2)
-        self.tour.wait("they go by themselves", lambda image: not self.tour.controls_shown(image), 12)
+        self.tour.wait("they go by themselves", lambda image: not self.tour.controls_shown(image))
 
     def test_full_screen(self):
         window = self.windows()[0]
@@ -170,11 +170,11 @@ class PlayerControls(control.Case):
             self.assertEqual(self.tour.window_at_rest(window), place)
             return
         whole = (0, 0, *self.tour.screen.size)
-        e2e.wait_until("the window fills the screen", lambda: self.tour.window_at_rest(window) == whole, 10)
+        e2e.wait_until("the window fills the screen", lambda: self.tour.window_at_rest(window) == whole)
         self.tour.window = whole
         self.tour.keep("full-screen")
         self.tour.screen.key("Escape")
-        e2e.wait_until("the window is as before", lambda: self.tour.window_at_rest(window) == place, 10)
+        e2e.wait_until("the window is as before", lambda: self.tour.window_at_rest(window) == place)
         self.tour.window = place
         self.assertEqual(self.status(), "Playing")
         self.tour.screen.key("Escape")

@@ -98,7 +98,7 @@ class PlayerStates:
     def pause(self):
         """The controls stay over a video that waits."""
         self.screen.key("space")
-        self.wait("the controls", self.controls_shown, 5)
+        self.wait("the controls", self.controls_shown)
         time.sleep(0.5)
 
     def options(self):
@@ -114,7 +114,7 @@ class PlayerStates:
                 image = self.changed(image, f"the options: {topic}", 0.2)
             self.keep(name, image)
             self.screen.key(*["Escape"] * (2 if topic else 1))
-            self.wait("the player again", lambda image, before=before: touring.difference(image, before) < 1, 5)
+            self.wait("the player again", lambda image, before=before: touring.difference(image, before) < 1)
 
     def options_button(self):
         """At the end of the last row; beside it, on the desktop, the one that fills the screen."""
@@ -182,7 +182,7 @@ class PlayerStates:
         """A video with the controls over it, while it waits."""
         video = next(pathlib.Path(os.environ["HOME"]).rglob(f"{word}*.mp4"))
         with self.program_runs(str(video)):
-            self.wait("the player", lambda image: not self.list_shown(image), 20)
+            self.wait("the player", lambda image: not self.list_shown(image))
             time.sleep(3)
             self.screen.key("space")
             time.sleep(1)

@@ -111,7 +111,7 @@ class RelatedStates:
         self.screen.move(x, y)
         self.pointer("mousedown")
         try:
-            image = self.wait("the pressed row", lambda image: 0.3 < abs(self.brightness(image) - self.brightness(before)), 3)
+            image = self.wait("the pressed row", lambda image: 0.3 < abs(self.brightness(image) - self.brightness(before)))
             self.keep_wanted("details-related-press", image)
         finally:
             for step in range(1, 5):

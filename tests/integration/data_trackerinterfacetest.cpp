@@ -296,7 +296,7 @@ void DataTrackerInterfaceTest::aThousandClipsOfOneCameraAreAThousandRowsOnceEach
     SparqlResult *result = connection.exec(
         SparqlQuery(u"SELECT COUNT(?v) { ?v a nmm:Video ; nfo:equipment <urn:equipment:Maker:Model:> }"_s));
     QSignalSpy finished(result, &SparqlResult::finished);
-    QVERIFY(finished.wait());
+    QVERIFY(finished.wait(TestPatience));
     QVERIFY(result->next());
     QCOMPARE(result->value(0).toInt(), count);
 }

@@ -143,7 +143,7 @@ void DeviceLocks::withNobodyToTellItIsOpen()
     make();
     BusPeer asked(m_bus.client, u"org.example.NotThere"_s); // its answer comes after those of the others
     QSignalSpy answered(&asked, &BusPeer::vanished);
-    QVERIFY(answered.wait());
+    QVERIFY(answered.wait(TestPatience));
     QCOMPARE(told(), QString());
 }
 

@@ -215,7 +215,7 @@ void ShareBluetoothTest::offeredWhileBothAreThere()
     QSignalSpy changed(&targets, &ShareTargets::changed);
     QVERIFY(!targets.hasBluetooth());
     QVERIFY(m_bluez->appear());
-    QVERIFY(changed.wait());
+    QVERIFY(changed.wait(TestPatience));
     QVERIFY(!targets.hasBluetooth()); // an adapter, but nobody who sends
     QVERIFY(m_obex->appear());
     QTRY_VERIFY(targets.hasBluetooth());
@@ -243,7 +243,7 @@ void ShareBluetoothTest::aFileIsSent()
     QCOMPARE(progress.first().first().toInt(), 50);
     QCOMPARE(finished.size(), 0);
     m_obex->status(u"complete"_s);
-    QVERIFY(finished.wait());
+    QVERIFY(finished.wait(TestPatience));
     QTRY_COMPARE(m_obex->removed, QStringList{u"/org/bluez/obex/client/session7"_s});
     QTRY_VERIFY(alive.isNull());
 }
@@ -264,7 +264,7 @@ void ShareBluetoothTest::severalFilesAreSentOneAfterTheOther()
     m_obex->transferred(500);
     QTRY_COMPARE(progress.last().first().toInt(), 75);
     m_obex->status(u"complete"_s);
-    QVERIFY(finished.wait());
+    QVERIFY(finished.wait(TestPatience));
     QCOMPARE(m_obex->sessions.size(), 1); // one for both
 }
 
@@ -275,7 +275,7 @@ void ShareBluetoothTest::throughBeforeTheCallIsAnswered()
     ObexPush *sending = push({u"/a"_s, u"/b"_s});
     QSignalSpy finished(sending, &ObexPush::finished);
     sending->start();
-    QVERIFY(finished.wait());
+    QVERIFY(finished.wait(TestPatience));
     QCOMPARE(m_obex->sent.size(), 2);
 }
 
@@ -291,7 +291,7 @@ void ShareBluetoothTest::progressOnlyGoesUp()
     for (const quint64 bytes : {100ULL, 101ULL, 90ULL, 200ULL, 5000ULL})
         m_obex->transferred(bytes);
     m_obex->status(u"complete"_s);
-    QVERIFY(finished.wait());
+    QVERIFY(finished.wait(TestPatience));
     QCOMPARE(told, (QList<int>{10, 20, 100}));
 }
 
@@ -321,7 +321,7 @@ void ShareBluetoothTest::failures()
         m_obex->status(u"error"_s);
         m_obex->status(u"complete"_s);
     }
-    QVERIFY(failed.wait());
+    QVERIFY(failed.wait(TestPatience));
     QVERIFY(!failed.first().first().toString().isEmpty());
     QTRY_VERIFY(alive.isNull());
     QTRY_COMPARE(m_obex->removed.size(), sessionIsRemoved ? 1 : 0);
@@ -337,14 +337,14 @@ void ShareBluetoothTest::theServiceDiesInMidTransfer()
     sending->start();
     QTRY_COMPARE(m_obex->sent.size(), 1);
     m_obex->disappear();
-    QVERIFY(failed.wait());
+    QVERIFY(failed.wait(TestPatience));
     QCOMPARE(failed.size(), 1);
     // Nobody is there at all: it fails as well, later.
     ObexPush *next = push({u"/a"_s});
     QSignalSpy nextFailed(next, &ObexPush::failed);
     next->start();
     QVERIFY(nextFailed.isEmpty());
-    QVERIFY(nextFailed.wait());
+    QVERIFY(nextFailed.wait(TestPatience));
 }
 
 void ShareBluetoothTest::theServiceHangsAndIsKilled_data()
@@ -366,7 +366,7 @@ void ShareBluetoothTest::theServiceHangsAndIsKilled()
     QTRY_COMPARE(m_obex->unanswered, 1);
     QVERIFY(failed.isEmpty());
     m_obex->disappear();
-    QVERIFY(failed.wait());
+    QVERIFY(failed.wait(TestPatience));
     QTRY_VERIFY(alive.isNull());
     QCOMPARE(failed.size(), 1);
     // The next one finds the service that was started in its place.
@@ -376,7 +376,7 @@ void ShareBluetoothTest::theServiceHangsAndIsKilled()
     QSignalSpy finished(next, &ObexPush::finished);
     m_obex->completesAtOnce = true;
     next->start();
-    QVERIFY(finished.wait());
+    QVERIFY(finished.wait(TestPatience));
 }
 
 void ShareBluetoothTest::stoppedWhileItSends()
@@ -434,7 +434,7 @@ void ShareBluetoothTest::strangersTransfersAreNotOurs()
     m_obex->status(u"error"_s);
     m_obex->sent.removeLast();
     m_obex->status(u"complete"_s);
-    QVERIFY(finished.wait());
+    QVERIFY(finished.wait(TestPatience));
 }
 
 QTEST_GUILESS_MAIN(ShareBluetoothTest)

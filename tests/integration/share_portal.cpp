@@ -175,7 +175,7 @@ void SharePortalTest::theAnswerMayTakeItsTime()
     QCOMPARE(request->handle(), m_portal->calls.first().handle); // known beforehand
     QVERIFY(!done.wait(300));
     m_portal->respond(0);
-    QVERIFY(done.wait());
+    QVERIFY(done.wait(TestPatience));
     // A portal of the old kind names its object as it likes.
     m_portal->manner = FakePortal::Manner::OwnHandle;
     PortalRequest *old = openAddress();
@@ -185,7 +185,7 @@ void SharePortalTest::theAnswerMayTakeItsTime()
     QTRY_COMPARE(old->handle(), m_portal->calls.last().handle);
     QVERIFY(old->handle().endsWith("/t1"_L1));
     m_portal->respond(0);
-    QVERIFY(oldDone.wait());
+    QVERIFY(oldDone.wait(TestPatience));
 }
 
 void SharePortalTest::anAnswerForAnotherRequestIsNone()
@@ -200,7 +200,7 @@ void SharePortalTest::anAnswerForAnotherRequestIsNone()
     second->start();
     QTRY_COMPARE(m_portal->calls.size(), 2);
     m_portal->respond(1);
-    QVERIFY(secondEnd.wait());
+    QVERIFY(secondEnd.wait(TestPatience));
     QCOMPARE(firstEnd.size(), 0);
     delete first;
 }
@@ -221,7 +221,7 @@ void SharePortalTest::nobodyElseCanAnswer()
     QVERIFY(!done.wait(300));
     QDBusConnection::disconnectFromBus(u"stranger"_s);
     m_portal->respond(0);
-    QVERIFY(done.wait());
+    QVERIFY(done.wait(TestPatience));
 }
 
 void SharePortalTest::endsOnce()
@@ -249,7 +249,7 @@ void SharePortalTest::portalThatGoesAwayFails()
     request->start();
     QTRY_COMPARE(m_portal->calls.size(), 1);
     m_portal->disappear();
-    QVERIFY(failed.wait());
+    QVERIFY(failed.wait(TestPatience));
     // It is restarted: the next request is none of the old one's.
     QVERIFY(m_portal->appear());
     m_portal->manner = FakePortal::Manner::Answers;

@@ -89,7 +89,7 @@ void TestServiceActivator::startsTheNamedProgram()
     activator.ensure();
     activator.ensure();
     QCOMPARE(ready.size(), 0);
-    QVERIFY(ready.wait());
+    QVERIFY(ready.wait(TestPatience));
     QVERIFY(activator.isOwned());
     QVERIFY(m_peer->isRunning());
     QTRY_COMPARE(ownerChanged.value(0).value(0).toBool(), true);
@@ -104,7 +104,7 @@ void TestServiceActivator::findsARunningService()
     QSignalSpy ready(&activator, &ServiceActivator::ready);
     for (int times = 1; times <= 2; ++times) {
         activator.ensure();
-        QVERIFY(ready.wait());
+        QVERIFY(ready.wait(TestPatience));
         QCOMPARE(ready.size(), times);
     }
     QVERIFY(activator.isOwned());
@@ -136,7 +136,7 @@ void TestServiceActivator::letsTheBusActivate()
     QCOMPARE(activator.programPath(), QString());
     QSignalSpy ready(&activator, &ServiceActivator::ready);
     activator.ensure();
-    QVERIFY(ready.wait());
+    QVERIFY(ready.wait(TestPatience));
     QVERIFY(activator.isOwned());
     QVERIFY(m_peer->isRunning());
 }
@@ -151,7 +151,7 @@ void TestServiceActivator::fallsBackWhenActivationFails()
     qunsetenv(programVariable);
     QSignalSpy ready(&activator, &ServiceActivator::ready);
     activator.ensure();
-    QVERIFY(ready.wait());
+    QVERIFY(ready.wait(TestPatience));
     QVERIFY(m_peer->isRunning());
 }
 
@@ -161,12 +161,12 @@ void TestServiceActivator::saysWhatIsMissing()
     ServiceActivator activator(u"com.harrow.Kestrel.NoSuchService"_s, u"no-such-program"_s);
     QSignalSpy failed(&activator, &ServiceActivator::failed);
     activator.ensure();
-    QVERIFY(failed.wait());
+    QVERIFY(failed.wait(TestPatience));
     QVERIFY2(failed[0][0].toString().contains(u"com.harrow.Kestrel.NoSuchService"_s),
              qPrintable(failed[0][0].toString()));
     // It can be asked again.
     activator.ensure();
-    QVERIFY(failed.wait());
+    QVERIFY(failed.wait(TestPatience));
 }
 
 void TestServiceActivator::programThatNeverAppears()
@@ -177,12 +177,12 @@ void TestServiceActivator::programThatNeverAppears()
     QSignalSpy failed(&activator, &ServiceActivator::failed);
     QSignalSpy ready(&activator, &ServiceActivator::ready);
     activator.ensure();
-    QVERIFY(failed.wait());
+    QVERIFY(failed.wait(TestPatience));
     QCOMPARE(failed[0][0].toString(), u"com.harrow.Kestrel.Store did not appear on the bus"_s);
     m_peer->allowStart();
     activator.setStartTimeout(10000);
     activator.ensure();
-    QVERIFY(ready.wait());
+    QVERIFY(ready.wait(TestPatience));
     QCOMPARE(failed.size(), 1);
 }
 
@@ -220,7 +220,7 @@ void TestServiceActivator::withoutABus()
     QSignalSpy failed(&activator, &ServiceActivator::failed);
     activator.ensure();
     QCOMPARE(failed.size(), 0);
-    QVERIFY(failed.wait());
+    QVERIFY(failed.wait(TestPatience));
     QCOMPARE(failed[0][0].toString(), u"there is no session bus"_s);
     QVERIFY(!activator.isOwned());
 }

@@ -134,7 +134,7 @@ void TestStoreTexts::details()
     const std::unique_ptr<SparqlResult> result(
         m_connection->exec(SparqlQuery(filled(storetexts::details, u"_URN_"_s, u"urn:uuid:a"_s))));
     QSignalSpy finished(result.get(), &SparqlResult::finished);
-    QVERIFY(finished.wait());
+    QVERIFY(finished.wait(TestPatience));
     QVERIFY2(!result->hasError(), qUtf8Printable(result->errorMessage()));
     QCOMPARE(result->size(), 1);
     QVERIFY(result->next());

@@ -139,7 +139,7 @@ void TestTrackerDriver::finishesOnceAndNeverWithinExec()
         QVERIFY(!result->hasError());
         QVERIFY(!result->next());
         QSignalSpy finished(result.get(), &SparqlResult::finished);
-        QVERIFY(finished.wait());
+        QVERIFY(finished.wait(TestPatience));
         QVERIFY(result->isFinished());
         // A second statement has come and gone: a second finished() would have come too.
         select(connection, allVideos);
@@ -209,7 +209,7 @@ void TestTrackerDriver::storeThatComesLateIsTold()
     QSignalSpy notifierReset(&notifier, &ChangeNotifier::reset);
     QCOMPARE(select(connection, filled(storetexts::byUrl, u"_URL_"_s, u"file:///v/a.mp4"_s)), Answer());
     QCOMPARE(reset.size(), 0);
-    QVERIFY(reset.wait());
+    QVERIFY(reset.wait(TestPatience));
     QCOMPARE(reset.size(), 1);
     QCOMPARE(notifierReset.size(), 1);
 }
@@ -476,7 +476,7 @@ void TestTrackerDriver::directReadsTheFolder()
     m_peer->goOn();
     QSignalSpy reset(&connection, &SparqlConnection::reset);
     m_peer->emitReset();
-    QVERIFY(reset.wait());
+    QVERIFY(reset.wait(TestPatience));
     QCOMPARE(select(connection, titleText()).rows, QList<QStringList>({{u"title"_s}}));
 }
 

@@ -88,7 +88,7 @@ void HostileCallersTest::aDecentCallerIsServed()
                       u"com.harrow.orlan.sorelkit.KestrelService"_s, u"/"_s,
                       u"com.harrow.orlan.sorelkit.KestrelInterface"_s, u"play"_s, u"asu"_s, u"1"_s,
                       u"file:///videos/5.mp4"_s, u"12"_s});
-        QVERIFY(ended.wait());
+        QVERIFY(ended.wait(TestPatience));
         QVERIFY2(caller.exitCode() == 0, caller.readAllStandardError());
         if (QTest::qWaitFor(isServed, 2000))
             return;

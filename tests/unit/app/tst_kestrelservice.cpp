@@ -162,7 +162,7 @@ void KestrelServiceTest::gdbusSeesTheInterfaceAsItIsLaidDown()
     QSignalSpy ended(&gdbus, &QProcess::finished);
     gdbus.start(u"gdbus"_s,
                 {u"introspect"_s, u"--session"_s, u"--dest"_s, ServiceName, u"--object-path"_s, u"/"_s});
-    QVERIFY(ended.wait());
+    QVERIFY(ended.wait(TestPatience));
     const QString text = QString::fromUtf8(gdbus.readAllStandardOutput());
     const QString begin = u"  interface "_s + InterfaceName + u" {\n"_s;
     const qsizetype from = text.indexOf(begin);

@@ -429,7 +429,7 @@ void GridItemTest::tapAndLongTapAreTold()
     QVERIFY(!cell->model()->isDown());
     QCOMPARE(clicked.count(), 1);
     mouse(QEvent::GraphicsSceneMousePress, {300, 60});
-    QVERIFY(longTapped.wait());
+    QVERIFY(longTapped.wait(TestPatience));
     QCOMPARE(longTapped.first().first().toPointF(), QPointF(300, 60));
     mouse(QEvent::GraphicsSceneMouseRelease, {300, 60});
     QCOMPARE(clicked.count(), 1);

@@ -443,7 +443,7 @@ void VideoGesturesTest::aLostRendererEndsTheGesture()
     f.swipe({104, 0});
     QSignalSpy ready(f.widget, &VideoWidget::rendererReady);
     f.backend->lose();
-    QVERIFY(ready.wait());
+    QVERIFY(ready.wait(TestPatience));
     f.swipe({20, 0});
     f.fingers->up(0);
     QCOMPARE(f.backend->commands(), QStringList()); // of the new one

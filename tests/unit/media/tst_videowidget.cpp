@@ -113,7 +113,7 @@ void VideoWidgetTest::rendererComesThroughTheEventLoop()
 {
     QSignalSpy ready(m_widget, &VideoWidget::rendererReady);
     QVERIFY(m_widget->renderer() == nullptr);
-    QVERIFY(ready.wait());
+    QVERIFY(ready.wait(TestPatience));
     QVERIFY(m_widget->renderer() != nullptr);
 }
 
@@ -209,10 +209,10 @@ void VideoWidgetTest::lostRendererIsReplaced()
     QSignalSpy removed(RendererRegistry::instance(), &RendererRegistry::rendererRemoved);
     QSignalSpy ready(m_widget, &VideoWidget::rendererReady);
     m_backend->lose();
-    QVERIFY(removed.wait());
+    QVERIFY(removed.wait(TestPatience));
     QCOMPARE(removed.first().first().toString(), u"avlo_gst_internal_video_renderer"_s);
     QVERIFY(m_widget->renderer() == nullptr);
-    QVERIFY(ready.wait());
+    QVERIFY(ready.wait(TestPatience));
     QVERIFY(m_widget->renderer() != nullptr);
 }
 
@@ -364,7 +364,7 @@ void VideoWidgetTest::controlsLeaveByThemselvesOnlyWhilePlaying()
     QVERIFY(!asked.wait(3500));
     QVERIFY(m_widget->controlsVisible());
     m_widget->resume();
-    QVERIFY(asked.wait(5000));
+    QVERIFY(asked.wait(TestPatience));
     QCOMPARE(asked, (QList<QList<QVariant>>{{false}}));
     QVERIFY(!m_widget->controlsVisible());
 }

@@ -85,7 +85,7 @@ void TestWindowEventListener::xprop(const QStringList &arguments)
     QSignalSpy ended(&program, &QProcess::finished);
     program.start(u"xprop"_s,
                   QStringList{u"-id"_s, QString::number(m_window->effectiveWindowId())} + arguments);
-    QVERIFY(ended.wait());
+    QVERIFY(ended.wait(TestPatience));
     QVERIFY2(program.exitCode() == 0, program.readAllStandardError());
 }
 

@@ -101,7 +101,7 @@ void TestFileCopy::theCopyIsTheSame()
     QSignalSpy finished(&copy, &FileCopy::finished);
     copy.start();
     copy.start(); // once is enough
-    QVERIFY(finished.wait());
+    QVERIFY(finished.wait(TestPatience));
     QCOMPARE(f->entries(), QStringList{u"b.mp4"_s});
     QVERIFY(f->read("to/b.mp4") == content);
     QVERIFY(f->read("from/a.mp4") == content);
@@ -157,7 +157,7 @@ void TestFileCopy::cancelledItLeavesNothing()
     QSignalSpy finished(&copy, &FileCopy::finished);
     QSignalSpy failed(&copy, &FileCopy::failed);
     copy.start();
-    QVERIFY(progress.wait());
+    QVERIFY(progress.wait(TestPatience));
     QElapsedTimer clock;
     clock.start();
     QVERIFY(copy.cancel());
@@ -177,7 +177,7 @@ void TestFileCopy::deletedItLeavesNothing()
     auto copy = std::make_unique<FileCopy>(slowRequestOf(kind));
     QSignalSpy progress(copy.get(), &FileCopy::progress);
     copy->start();
-    QVERIFY(progress.wait());
+    QVERIFY(progress.wait(TestPatience));
     copy.reset();
     QTRY_COMPARE(f->entries(), QStringList());
 }
@@ -225,7 +225,7 @@ void TestFileCopy::aNameThatIsTakenIsKept()
     QSignalSpy failed(&copy, &FileCopy::failed);
     QSignalSpy progress(&copy, &FileCopy::progress);
     copy.start();
-    QVERIFY(failed.wait());
+    QVERIFY(failed.wait(TestPatience));
     QCOMPARE(failed.first().first().value<CopyFault>(), CopyFault::NameTaken);
     QCOMPARE(copy.taken().size, 6);
     QCOMPARE(progress.size(), 0); // nothing was copied in vain
@@ -485,7 +485,7 @@ void TestFileCopy::aFileThatIsTooLarge()
     FileCopy copy(f->request());
     QSignalSpy failed(&copy, &FileCopy::failed);
     copy.start();
-    const bool ended = failed.wait();
+    const bool ended = failed.wait(TestPatience);
     QCOMPARE(::setrlimit(RLIMIT_FSIZE, &before), 0);
     QVERIFY(ended);
     QCOMPARE(failed.first().first().value<CopyFault>(), CopyFault::TooLarge);

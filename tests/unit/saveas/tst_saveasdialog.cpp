@@ -141,7 +141,7 @@ void TestSaveAsDialog::tellsNoRoomThatIsNotKnown()
     QSignalSpy answered(&query, &SpaceQuery::answered);
     query.ask(QFile::encodeName(m_root->filePath(u"clip.final.mp4"_s)), "/");
     query.ask(QFile::encodeName(m_root->filePath(u"gone.mp4"_s)), "relative"); // in place of the first
-    QVERIFY(answered.wait());
+    QVERIFY(answered.wait(TestPatience));
     QCOMPARE(answered.first(), (QList<QVariant>{qint64(-1), qint64(-1)}));
     content()->setSpace(-1, -1);
     QCOMPARE(text(content()->freeLabel()), QString());

@@ -58,7 +58,7 @@ private:
     {
         QSignalSpy opened(&opener, &FileOpener::opened);
         opener.start();
-        if (opened.isEmpty() && !opened.wait())
+        if (opened.isEmpty() && !opened.wait(TestPatience))
             return {};
         return opened.first().first().value<QList<QDBusUnixFileDescriptor>>();
     }
@@ -112,7 +112,7 @@ void FileOpenerTest::whatCannotBeOpened()
     QSignalSpy opened(&opener, &FileOpener::opened);
     opener.start();
     QVERIFY(failed.isEmpty()); // never from within start()
-    QVERIFY(failed.wait());
+    QVERIFY(failed.wait(TestPatience));
     QCOMPARE(failed.first().first().toString(), path);
     QVERIFY(!failed.first().last().toString().isEmpty());
     QCOMPARE(opened.size(), 0);
@@ -124,7 +124,7 @@ void FileOpenerTest::oneOfSeveralIsMissing()
     FileOpener opener({write(u"a.mp4"_s, "x"), m_dir.filePath(u"missing.mp4"_s)});
     QSignalSpy failed(&opener, &FileOpener::failed);
     opener.start();
-    QVERIFY(failed.wait());
+    QVERIFY(failed.wait(TestPatience));
     QCOMPARE(failed.first().first().toString(), m_dir.filePath(u"missing.mp4"_s));
     QTRY_COMPARE(openDescriptors(), before); // the other one is closed again
 }
@@ -147,7 +147,7 @@ void FileOpenerTest::aPathThatStallsHoldsUpNobody()
     time.start();
     opener->start();
     QVERIFY(time.elapsed() < 100);
-    QVERIFY(failed.wait());
+    QVERIFY(failed.wait(TestPatience));
     QCOMPARE(failed.first().first().toString(), u"/slow"_s);
     opener.reset();
     gate->release(); // the card is back, the opener gone

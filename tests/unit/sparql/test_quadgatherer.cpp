@@ -104,7 +104,7 @@ void TestQuadGatherer::whatIsToldOfANewResourceWaitsWithIt()
     gatherer.take({}, {literal(2)});
     QCOMPARE(ready.size(), 2);
     QVERIFY(handedOn(ready, 1, 1) == Quads({literal(9)}));
-    QVERIFY(ready.wait());
+    QVERIFY(ready.wait(TestPatience));
     QVERIFY(handedOn(ready, 2, 1) == Quads({literal(2), video(2), literal(2)}));
 }
 
@@ -115,7 +115,7 @@ void TestQuadGatherer::whatIsGoneAgainIsNotTold()
     gatherer.take({}, {video(1)});
     gatherer.take({}, {video(2), literal(2), video(3)});
     gatherer.take({video(2)}, {});
-    QVERIFY(ready.wait());
+    QVERIFY(ready.wait(TestPatience));
     QCOMPARE(ready.size(), 3);
     QVERIFY(handedOn(ready, 1, 0) == Quads({video(2)}));
     QVERIFY(handedOn(ready, 2, 1) == Quads({video(3)}));
@@ -129,7 +129,7 @@ void TestQuadGatherer::clearForgets()
     gatherer.take({}, {video(2)});
     gatherer.clear();
     gatherer.take({}, {video(3)});
-    QVERIFY(ready.wait());
+    QVERIFY(ready.wait(TestPatience));
     QVERIFY(handedOn(ready, 1, 1) == Quads({video(3)}));
 }
 

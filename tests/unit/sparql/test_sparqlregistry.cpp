@@ -44,7 +44,7 @@ void TestSparqlRegistry::unknownNameFailsAtOnceAndStillFinishesOnce()
     QVERIFY(result->hasError());
     QCOMPARE(result->errorMessage(), u"there is no store driver named \"qtracker\""_s);
     QVERIFY(!result->isFinished());
-    QVERIFY(finished.wait());
+    QVERIFY(finished.wait(TestPatience));
     QVERIFY(result->isFinished());
     QVERIFY(!result->next());
     QCoreApplication::processEvents();
@@ -68,7 +68,7 @@ void TestSparqlRegistry::driversToComeSayWhichTheyAre()
     QVERIFY(result->hasError());
     QVERIFY2(result->errorMessage().startsWith(name + u": "_s), qUtf8Printable(result->errorMessage()));
     QSignalSpy finished(result, &SparqlResult::finished);
-    QVERIFY(finished.wait());
+    QVERIFY(finished.wait(TestPatience));
 }
 
 void TestSparqlRegistry::fakeRecordsExactTexts()
@@ -95,7 +95,7 @@ void TestSparqlRegistry::fakeAnswersRowsThroughTheEventLoop()
     QCOMPARE(rows->parent(), &connection);
     QSignalSpy finished(rows, &SparqlResult::finished);
     QVERIFY(!rows->next());
-    QVERIFY(finished.wait());
+    QVERIFY(finished.wait(TestPatience));
     QCOMPARE(rows->size(), 2);
     QVERIFY(rows->next());
     QCOMPARE(rows->stringValue(0), u"urn:a"_s);
@@ -135,7 +135,7 @@ void TestSparqlRegistry::fakeAnswersWithErrors()
     SparqlResult *result = connection.exec(SparqlQuery(u"later"_s));
     QVERIFY(!result->hasError());
     QSignalSpy finished(result, &SparqlResult::finished);
-    QVERIFY(finished.wait());
+    QVERIFY(finished.wait(TestPatience));
     QVERIFY(result->hasError());
     QCOMPARE(result->errorMessage(), u"not now"_s);
 }

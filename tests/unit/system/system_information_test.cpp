@@ -74,7 +74,7 @@ private Q_SLOTS:
         QSignalSpy settled(information.get(), &MachineSystemInformation::settled);
         // At once, before the service has answered.
         QCOMPARE(information->manufacturer(), u"Board%20Maker"_s);
-        QVERIFY(settled.wait());
+        QVERIFY(settled.wait(TestPatience));
         QCOMPARE(information->manufacturer(), u"Harrow%20Optics"_s);
         QCOMPARE(information->model(), u"Q5%20%3Cpro%3E"_s);
         QCOMPARE(information->value(u"/component/hw-build"_s), QString());
@@ -87,7 +87,7 @@ private Q_SLOTS:
         m_hostName.properties = {{u"HardwareVendor"_s, QString()}, {u"HardwareModel"_s, u"Q5"_s}};
         const auto information = make();
         QSignalSpy settled(information.get(), &MachineSystemInformation::settled);
-        QVERIFY(settled.wait());
+        QVERIFY(settled.wait(TestPatience));
         QCOMPARE(information->manufacturer(), u"Board%20Maker"_s);
         QCOMPARE(information->model(), u"Board%201"_s);
     }
@@ -97,7 +97,7 @@ private Q_SLOTS:
         m_server->unregisterService(u"org.freedesktop.hostname1"_s);
         const auto information = make();
         QSignalSpy settled(information.get(), &MachineSystemInformation::settled);
-        QVERIFY(settled.wait());
+        QVERIFY(settled.wait(TestPatience));
         QCOMPARE(information->model(), u"Board%201"_s);
     }
 

@@ -202,7 +202,7 @@ void SceneManagerTest::slideEndsAtItsPlace()
     QVERIFY(b.isOnDisplay());
     QVERIFY(a.isVisible()); // until it is covered
     QVERIFY(b.x() > 0);
-    QVERIFY(appeared.wait());
+    QVERIFY(appeared.wait(TestPatience));
     QVERIFY(!m_manager->isInTransition());
     QCOMPARE(b.pos(), QPointF());
     QVERIFY(!a.isVisible());

@@ -357,11 +357,11 @@ void SheetTest::risesAndFalls()
     QVERIFY(sheet.isDisplayed());
     QVERIFY(!sheet.isOpen());
     QCOMPARE(panelOf(sheet).top(), m_window->logicalSize().height()); // still below the edge
-    QVERIFY(appeared.wait());
+    QVERIFY(appeared.wait(TestPatience));
     QVERIFY(sheet.isOpen());
     sheet.reject();
     QVERIFY(sheet.isDisplayed());
-    QVERIFY(disappeared.wait());
+    QVERIFY(disappeared.wait(TestPatience));
     QVERIFY(!sheet.isDisplayed());
     QVERIFY(sheet.scene() == nullptr);
     QCOMPARE(appeared.size(), 1);
@@ -379,7 +379,7 @@ void SheetTest::interruptedWhileItRises()
     const qreal seen = panelOf(sheet).top();
     QTest::keyClick(m_window.get(), Qt::Key_Escape);
     QVERIFY(qAbs(panelOf(sheet).top() - seen) < 1); // it goes on from where it is
-    QVERIFY(disappeared.wait());
+    QVERIFY(disappeared.wait(TestPatience));
     QCOMPARE(appeared.size(), 0);
     QVERIFY(!m_window->sceneManager()->isBlocked());
 }
@@ -430,7 +430,7 @@ void SheetTest::appearsAgainWhileItFalls()
     QSignalSpy appeared(&sheet, &Sheet::appeared);
     QSignalSpy disappeared(&sheet, &Sheet::disappeared);
     open(&sheet);
-    QVERIFY(appeared.wait());
+    QVERIFY(appeared.wait(TestPatience));
     sheet.dismiss();
     sheet.appear(m_window.get());
     QTRY_COMPARE(appeared.size(), 2);

@@ -33,7 +33,7 @@ void ViewportPositionTest::wheelScrolls()
     QSignalSpy stopped(m_viewport, &PannableViewport::panningStopped);
     wheel(-120);
     wheel(-120);
-    QVERIFY(stopped.wait());
+    QVERIFY(stopped.wait(TestPatience));
     QTRY_COMPARE(y(), 240.0);
     setReducedMotion(true);
     wheel(120);

@@ -95,7 +95,7 @@ void ViewportPullTest::flingToTheTopIsNoPull()
     QSignalSpy stopped(m_viewport, &PannableViewport::panningStopped);
     drag(QPointF(240, 200), QPointF(240, 500), 8, 10);
     release(QPointF(240, 540), 10);
-    QVERIFY(stopped.wait());
+    QVERIFY(stopped.wait(TestPatience));
     QVERIFY(m_seen.least() < 0); // it did run over the top
     QCOMPARE(y(), 0.0);
     QCOMPARE(m_seen.positions.last(), 0.0);

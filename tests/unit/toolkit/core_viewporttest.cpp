@@ -80,7 +80,7 @@ void ViewportTest::flickGoesOnAndStops()
     drag(QPointF(240, 600), QPointF(240, 360), 8, 12);
     const qreal left = y();
     release(QPointF(240, 330), 12);
-    QVERIFY(stopped.wait());
+    QVERIFY(stopped.wait(TestPatience));
     QVERIFY2(y() > left + 100, qPrintable(QString::number(y())));
     QCOMPARE(m_seen.positions.last(), y());
     QVERIFY(std::is_sorted(m_seen.positions.begin(), m_seen.positions.end()));
@@ -123,7 +123,7 @@ void ViewportTest::pressOnMovingContentStopsItAndIsNoTap()
     m_content->log.clear();
     QVERIFY(m_viewport->isPanning());
     QSignalSpy changed(m_viewport, &PannableViewport::positionChanged);
-    QVERIFY(changed.wait());
+    QVERIFY(changed.wait(TestPatience));
     press(QPointF(240, 400));
     const qreal stopped = y();
     release(QPointF(240, 400), 300);

@@ -123,7 +123,7 @@ void WidgetsAppearance::theDesktopsSettingsAreTaken()
     DesktopAppearance desktop;
     QVERIFY(desktop.isDark()); // until the answer is there
     QSignalSpy changed(&desktop, &DesktopAppearance::changed);
-    QVERIFY(changed.wait());
+    QVERIFY(changed.wait(TestPatience));
     QCOMPARE(changed.count(), 1);
     QVERIFY(!desktop.isDark());
     QCOMPARE(desktop.accentColor(), QColor(51, 102, 153));
@@ -135,7 +135,7 @@ void WidgetsAppearance::changesAreFollowed()
 {
     DesktopAppearance desktop;
     QSignalSpy changed(&desktop, &DesktopAppearance::changed);
-    QVERIFY(changed.wait());
+    QVERIFY(changed.wait(TestPatience));
     m_portal.change(m_appearance, u"color-scheme"_s, 1U);
     QTRY_VERIFY(desktop.isDark());
     m_portal.change(m_interface, u"enable-animations"_s, true);
@@ -151,7 +151,7 @@ void WidgetsAppearance::aColourOutsideTheRangeIsNone()
     m_portal.settings[m_appearance][u"accent-color"_s] = QVariant::fromValue(Rgb{-1, -1, -1});
     DesktopAppearance desktop;
     QSignalSpy changed(&desktop, &DesktopAppearance::changed);
-    QVERIFY(changed.wait());
+    QVERIFY(changed.wait(TestPatience));
     QVERIFY(!desktop.accentColor().isValid());
 }
 
@@ -181,7 +181,7 @@ void WidgetsAppearance::theEnvironmentWins()
     qunsetenv("KESTREL_REDUCED_MOTION");
     qunsetenv("KESTREL_HIGH_CONTRAST");
     QSignalSpy changed(&desktop, &DesktopAppearance::changed);
-    QVERIFY(changed.wait()); // the accent colour
+    QVERIFY(changed.wait(TestPatience)); // the accent colour
     QVERIFY(desktop.isDark());
     QCOMPARE(desktop.textScale(), 2.0);
     QVERIFY(!desktop.reducedMotion());
@@ -204,7 +204,7 @@ void WidgetsAppearance::moreContrastIsTakenFromEitherSetting()
 {
     DesktopAppearance desktop;
     QSignalSpy changed(&desktop, &DesktopAppearance::changed);
-    QVERIFY(changed.wait());
+    QVERIFY(changed.wait(TestPatience));
     QVERIFY(!desktop.highContrast());
     m_portal.change(m_appearance, u"contrast"_s, 1U);
     QTRY_VERIFY(desktop.highContrast());
@@ -220,7 +220,7 @@ void WidgetsAppearance::aPortalThatRestartsIsAskedAgain()
 {
     DesktopAppearance desktop;
     QSignalSpy changed(&desktop, &DesktopAppearance::changed);
-    QVERIFY(changed.wait());
+    QVERIFY(changed.wait(TestPatience));
     QVERIFY(!desktop.isDark());
     QDBusConnection bus(u"portal"_s);
     QTest::ignoreMessage(QtInfoMsg, QRegularExpression(u"the settings portal went away"_s));
@@ -238,7 +238,7 @@ void WidgetsAppearance::theThemeFollows()
 {
     Theme *theme = Theme::instance();
     QSignalSpy completed(theme, &Theme::themeChangeCompleted);
-    QVERIFY(completed.wait());
+    QVERIFY(completed.wait(TestPatience));
     QVERIFY(!theme->isDark());
     QCOMPARE(theme->token(u"background"_s), QColor(0xFA, 0xFB, 0xFC));
     QCOMPARE(theme->textScale(), 1.5);

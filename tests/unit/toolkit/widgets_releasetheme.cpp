@@ -40,7 +40,7 @@ void WidgetsReleaseTheme::aFileThatChangesIsLeftAlone()
     QSignalSpy changed(&watcher, &toolkit::ThemeWatcher::changed);
     for (const int newHeight : {160, 170}) {
         write(newHeight);
-        QVERIFY(changed.wait());
+        QVERIFY(changed.wait(TestPatience));
     }
     QCOMPARE(height(), 150.0);
     QCOMPARE(completed.count(), 0);
