@@ -324,14 +324,24 @@ class Tour:
         self.screen.tap(*self.player_point(upright.width * 0.3, upright.height * 0.3))
         return upright
 
+    def bring_controls(self, what):
+        """A picture with them. They go by themselves after three seconds: on a slow machine before they were looked at."""
+        for attempt in range(6):
+            self.show_controls()
+            end = time.monotonic() + 5
+            while time.monotonic() < end:
+                image = self.look()
+                if self.controls_shown(image):
+                    return image
+                time.sleep(0.1)
+        raise Failed(f"{what}: a tap shows no controls")
+
     def step_controls(self):
-        self.show_controls()
-        self.keep("controls", self.wait("controls: a tap shows them", self.controls_shown))
+        self.keep("controls", self.bring_controls("controls"))
         self.wait("controls: they go away by themselves", lambda image: not self.controls_shown(image))
 
     def tap_back(self):
-        upright = self.show_controls()
-        self.wait("back: a tap shows the controls", self.controls_shown)
+        upright = self.landscape(self.bring_controls("back"))
         x = upright.width - 38 if self.rtl else 38
         scale = max(1.0, self.scale)
         self.screen.tap(*self.player_point(x * scale, 38 * scale))

@@ -328,13 +328,13 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
         """The video waits, and the menu dims it."""
         side = 38 * max(1.0, self.scale)
         for _ in range(4):  # the controls go by themselves: on a slow machine before the pointer is there
-            if not self.controls_shown(self.look()):
-                self.show_controls()
-            shown = self.wait("the controls", self.controls_shown)
+            shown = self.look()
+            if not self.controls_shown(shown):
+                shown = self.bring_controls("the menu of the player")
             width = self.landscape(shown).width
             self.screen.tap(*self.player_point(side if self.rtl else width - side, side))
             with contextlib.suppress(touring.Failed):
-                self.wait("the menu of the player", lambda image: self.brightness(image) < 0.75 * self.brightness(shown))
+                self.wait("the menu of the player", lambda image: self.brightness(image) < 0.75 * self.brightness(shown), 5)
                 return self.rest()
         raise touring.Failed("the menu of the player does not open")
 

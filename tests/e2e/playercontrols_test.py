@@ -75,9 +75,7 @@ class PlayerControls(control.Case):
     # --- the tests
 
     def test_dragging_the_line(self):
-        self.tour.show_controls()
-        self.shown("a tap")
-        self.tour.keep("controls")
+        self.tour.keep("controls", self.tour.bring_controls("a tap"))
         self.tour.wait("they go by themselves", lambda image: not self.tour.controls_shown(image))
         self.tour.show_controls()
         time.sleep(0.3)
