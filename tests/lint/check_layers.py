@@ -8,9 +8,9 @@ import sys
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.M)
 FOREIGN = re.compile(r'^(gst/|pulse/|glib|gio/|gobject/|libtracker|tracker-)')
-PLATFORM = {"toolkit", "sparql", "media", "thumbs", "system", "extensions", "remote", "share", "saveas"}
+PLATFORM = {"toolkit", "sparql", "servers", "media", "thumbs", "system", "extensions", "remote", "share", "saveas"}
 SIBLINGS = {"library", "player", "details", "fileops"}
-ALLOWED_PLATFORM = {"media": {"toolkit", "system"}, "thumbs": {"system"}, "sparql": {"system"}, "extensions": {"toolkit", "system"},
+ALLOWED_PLATFORM = {"media": {"toolkit", "system"}, "thumbs": {"system"}, "sparql": {"system"}, "servers": {"sparql", "system"}, "extensions": {"toolkit", "system"},
                     "share": {"toolkit", "system"}, "saveas": {"toolkit"}, "toolkit": set(), "system": set(), "remote": set()}
 # The memory card monitor watches GIO's volume monitor.
 FOREIGN_EXCEPTIONS = {"data/mmcmonitor.cpp", "data/mmcmonitor.h"}
