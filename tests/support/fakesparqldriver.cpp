@@ -147,6 +147,14 @@ void FakeSparqlStore::reset()
     }
 }
 
+void FakeSparqlStore::setReachable(bool reachable)
+{
+    for (const QPointer<SparqlDriver> &driver : std::as_const(m_state->drivers)) {
+        if (driver)
+            Q_EMIT driver->reachableChanged(reachable);
+    }
+}
+
 int FakeSparqlStore::opened() const
 {
     return m_state->opened;

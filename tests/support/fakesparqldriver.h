@@ -83,6 +83,8 @@ public:
 
     // Makes every open connection of this driver emit reset().
     void reset();
+    // Makes every open connection of this driver tell whether its store can be reached.
+    void setReachable(bool reachable);
     // Connections opened so far, and open now.
     [[nodiscard]] int opened() const;
     [[nodiscard]] int open() const;

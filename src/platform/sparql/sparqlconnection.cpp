@@ -13,10 +13,12 @@ SparqlConnection::SparqlConnection(const QString &driverName, const SparqlConnec
       m_driverName(driverName),
       m_driver(SparqlDriverRegistry::create(driverName, options))
 {
-    if (m_driver)
-        connect(m_driver.get(), &SparqlDriver::reset, this, &SparqlConnection::reset);
-    else
+    if (!m_driver) {
         qCWarning(lcSparql).noquote() << "there is no store driver named" << driverName;
+        return;
+    }
+    connect(m_driver.get(), &SparqlDriver::reset, this, &SparqlConnection::reset);
+    connect(m_driver.get(), &SparqlDriver::reachableChanged, this, &SparqlConnection::setReachable);
 }
 
 SparqlConnection::~SparqlConnection()
@@ -29,6 +31,14 @@ SparqlConnection::~SparqlConnection()
 bool SparqlConnection::isValid() const
 {
     return m_driver != nullptr;
+}
+
+void SparqlConnection::setReachable(bool reachable)
+{
+    if (m_reachable == reachable)
+        return;
+    m_reachable = reachable;
+    Q_EMIT reachableChanged(reachable);
 }
 
 SparqlResult *SparqlConnection::exec(const SparqlQuery &query)

@@ -40,6 +40,8 @@ public:
     // False when no driver of that name is registered; exec() then gives results with an immediate error.
     [[nodiscard]] bool isValid() const;
     [[nodiscard]] QString driverName() const { return m_driverName; }
+    // False while the store is known not to answer: its machine is off, or the network is.
+    [[nodiscard]] bool isReachable() const { return m_reachable; }
 
     // Sends a statement. The result is a child of this connection. Null only when the driver could not make
     // one.
@@ -49,8 +51,12 @@ Q_SIGNALS:
     // The store behind the connection is another than before (it was restarted, rebuilt, or came late):
     // what was read from it is stale and is to be asked for again.
     void reset();
+    void reachableChanged(bool reachable);
 
 private:
+    void setReachable(bool reachable);
+
     QString m_driverName;
     std::unique_ptr<SparqlDriver> m_driver;
+    bool m_reachable = true;
 };

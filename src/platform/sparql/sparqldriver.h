@@ -20,6 +20,9 @@ public:
 
 Q_SIGNALS:
     void reset();
+    // The store stopped answering, or answers again. Only changes are told; a driver counts as reachable
+    // until it says otherwise. One whose store cannot go away alone never says anything.
+    void reachableChanged(bool reachable);
 };
 
 // Drivers by name, process-wide. A test registers its own under a built-in name to record texts and to answer

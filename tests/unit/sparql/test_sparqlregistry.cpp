@@ -24,6 +24,7 @@ private Q_SLOTS:
     void fakeGivesNoResult();
     void unregisteringBringsTheBuiltInDriverBack();
     void resetReachesTheConnection();
+    void tellsOnceWhetherTheStoreCanBeReached();
     void resultsDieWithTheirConnection();
     void idsAreUniqueAndNotZero();
 };
@@ -185,6 +186,22 @@ void TestSparqlRegistry::resetReachesTheConnection()
     QSignalSpy reset(&connection, &SparqlConnection::reset);
     store.reset();
     QCOMPARE(reset.size(), 1);
+}
+
+// The network goes away, comes back, and every statement that failed meanwhile said so again.
+void TestSparqlRegistry::tellsOnceWhetherTheStoreCanBeReached()
+{
+    FakeSparqlStore store;
+    SparqlConnection connection(u"QTRACKER"_s);
+    QSignalSpy reachable(&connection, &SparqlConnection::reachableChanged);
+    QVERIFY(connection.isReachable());
+    QList<bool> heard;
+    for (const bool now : {true, false, false, true, true, false})
+        store.setReachable(now);
+    for (const QList<QVariant> &told : std::as_const(reachable))
+        heard.append(told.first().toBool());
+    QCOMPARE(heard, QList<bool>({false, true, false}));
+    QVERIFY(!connection.isReachable());
 }
 
 void TestSparqlRegistry::resultsDieWithTheirConnection()
