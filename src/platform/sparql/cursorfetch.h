@@ -2,22 +2,13 @@
 #pragma once
 
 #include "gref.h"
-#include "rowtable.h"
+#include "statementoutcome.h"
+
+#include <QString>
 
 #include <functional>
 
 using TrackerSparqlConnection = struct _TrackerSparqlConnection;
-
-// What became of a statement.
-struct StatementOutcome
-{
-    RowTable table;
-    QString error; // null when all went well
-    // The store went away while the statement was with it: what came of it is not known.
-    bool isLost = false;
-    // The service is there and has no database to answer from at the moment.
-    bool isUnserved = false;
-};
 
 // Asks a connection of the store library and brings all rows over. The query waits in the library, the rows
 // are read in one of GIO's pool threads (a hop into it for every row, as the library's own asynchronous step

@@ -5,7 +5,7 @@
 #include "failedresult.h"
 #include "folderreader.h"
 #include "storelink.h"
-#include "trackerresult.h"
+#include "tableresult.h"
 #include "updatequeue.h"
 
 #include <QPointer>
@@ -28,7 +28,7 @@ struct TrackerDriver::Select
 {
     QString text;
     QSet<QString> iris;
-    QPointer<TrackerResult> result;
+    QPointer<TableResult> result;
     sparql::GRef<GCancellable> cancellable = sparql::GRef<GCancellable>::taken(g_cancellable_new());
     int attempts = 0;
 
@@ -62,7 +62,7 @@ SparqlResult *TrackerDriver::exec(const SparqlQuery &query, QObject *owner)
     const AdaptedStatement statement = adaptToStore(query);
     if (statement.action == AdaptedStatement::Action::Refuse)
         return new FailedResult(statement.error, owner);
-    auto *result = new TrackerResult(owner);
+    auto *result = new TableResult(owner);
     if (statement.action == AdaptedStatement::Action::Drop) {
         QTimer::singleShot(0, result, [result] { result->finish({}); });
     } else if (query.type() == SparqlQuery::UpdateStatement) {
@@ -87,7 +87,7 @@ SparqlResult *TrackerDriver::exec(const SparqlQuery &query, QObject *owner)
     return result;
 }
 
-void TrackerDriver::answerWithoutStoreWhenLate(TrackerResult *result)
+void TrackerDriver::answerWithoutStoreWhenLate(TableResult *result)
 {
     QTimer::singleShot(addressLookupMs, result, [link = std::weak_ptr(m_link), result] {
         if (result->isFinished())

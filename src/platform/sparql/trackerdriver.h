@@ -12,7 +12,7 @@
 
 class FolderReader;
 class StoreLink;
-class TrackerResult;
+class TableResult;
 
 // The store service, through the store library. Updates always go to the service; queries go there too, or to
 // the database folder, which is read in this process.
@@ -31,7 +31,7 @@ public:
 private:
     struct Select;
 
-    void answerWithoutStoreWhenLate(TrackerResult *result);
+    void answerWithoutStoreWhenLate(TableResult *result);
     void sendWaiting();
     bool maySend(const Select &select) const;
     void send(const std::shared_ptr<Select> &select);

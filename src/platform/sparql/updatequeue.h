@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "cursorfetch.h"
 #include "outstandingupdates.h"
+#include "statementoutcome.h"
 
 #include <QObject>
 #include <QSet>

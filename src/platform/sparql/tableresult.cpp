@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "trackerresult.h"
+#include "tableresult.h"
 
-bool TrackerResult::next()
+bool TableResult::next()
 {
     if (m_row >= size())
         return false;
@@ -9,7 +9,7 @@ bool TrackerResult::next()
     return m_row < size();
 }
 
-void TrackerResult::finish(StatementOutcome outcome)
+void TableResult::finish(StatementOutcome outcome)
 {
     if (m_finished)
         return;

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "cursorfetch.h"
 #include "sparqlresult.h"
+#include "statementoutcome.h"
 
-// The answer of the store library to one statement.
-class TrackerResult : public SparqlResult
+// The answer to one statement whose rows came over as one table.
+class TableResult : public SparqlResult
 {
     Q_OBJECT
 
 public:
-    explicit TrackerResult(QObject *parent = nullptr) : SparqlResult(parent) { }
+    explicit TableResult(QObject *parent = nullptr) : SparqlResult(parent) { }
 
     [[nodiscard]] bool hasError() const override { return !m_outcome.error.isNull(); }
     [[nodiscard]] QString errorMessage() const override { return m_outcome.error; }
