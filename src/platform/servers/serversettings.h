@@ -13,14 +13,15 @@ struct ServerSettings
     QUrl queryAddress;
     QUrl updateAddress;
 
-    // ODBC: host and port ("archive.example:1111"), and the driver's library or its name in the system's list.
+    // ODBC: host and port ("archive.example:1111"), and the driver's library or its name in the system's
+    // list; empty: the library of the system's package.
     QString odbcServer;
     QString odbcDriver;
 
     // The graph that holds the videos; empty: the server's default graph.
     QString graph;
     // Full IRI of the property that holds the place where playing goes on.
-    QString positionProperty;
+    QString positionProperty = QStringLiteral("http://tracker.api.gnome.org/ontology/v3/nmm#runTime");
     // Who is asked for; empty: whoever the credentials name, or nobody.
     QString user;
 
@@ -32,7 +33,9 @@ struct ServerSettings
     std::chrono::seconds pollInterval{30}; // 0: changes are not looked for
     std::chrono::seconds timeout{30}; // without a byte of an answer
 
-    // What the person has set for this driver. Read anew at each call.
+    // What the person has set for this driver, read anew at each call. Of the addresses and certificates only
+    // those that this driver uses are filled in. A value that is none is said once in the log, and its
+    // default holds.
     [[nodiscard]] static ServerSettings ofEndpoint();
     [[nodiscard]] static ServerSettings ofVirtuoso();
 };

@@ -3,11 +3,15 @@
 
 #include "systemlog.h"
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 
 #include <gio/gio.h>
 
 #include <memory>
+
+using namespace Qt::Literals::StringLiterals;
 
 namespace {
 struct SchemaUnref
@@ -44,6 +48,15 @@ void keyChanged(GSettings *, const char *, gpointer changed)
     (*static_cast<std::function<void()> *>(changed))();
 }
 } // namespace
+
+QStringList GSettingsStore::ownDirectories()
+{
+    const QString programs = QCoreApplication::applicationDirPath();
+    const bool isService = QDir(programs).dirName() == "kestrel"_L1; // of an installation
+    const QString data
+        = isService ? QStringLiteral(KESTREL_DATA_FROM_LIBEXEC) : QStringLiteral(KESTREL_DATA_FROM_BIN);
+    return {programs + u'/' + data + u"/glib-2.0/schemas"_s, programs + u"/schemas"_s};
+}
 
 GSettingsStore::GSettingsStore(const QString &schemaId, const QStringList &directories,
                                std::function<void()> changed)

@@ -13,6 +13,10 @@ using GSettings = struct _GSettings;
 class GSettingsStore
 {
 public:
+    // Where the program's own schemas are, those of the build tree or the installation: they go before the
+    // system's, which may be older.
+    [[nodiscard]] static QStringList ownDirectories();
+
     // Looks in `directories` (of compiled schemas) in order, then where the system has its own.
     GSettingsStore(const QString &schemaId, const QStringList &directories, std::function<void()> changed);
     ~GSettingsStore();

@@ -3,23 +3,9 @@
 
 #include "gsettingsstore.h"
 
-#include <QCoreApplication>
-#include <QDir>
-
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
-// The program's own schema, of the build tree or the installation, goes before the system's, which may be
-// older.
-QStringList schemaDirectories()
-{
-    const QString programs = QCoreApplication::applicationDirPath();
-    const bool isService = QDir(programs).dirName() == "kestrel"_L1; // of an installation
-    const QString data
-        = isService ? QStringLiteral(KESTREL_DATA_FROM_LIBEXEC) : QStringLiteral(KESTREL_DATA_FROM_BIN);
-    return {programs + u'/' + data + u"/glib-2.0/schemas"_s, programs + u"/schemas"_s};
-}
-
 SettingsValues read(const GSettingsStore &store)
 {
     SettingsValues values;
@@ -36,7 +22,8 @@ class SettingsManager::Private
 {
 public:
     explicit Private(SettingsManager *manager)
-        : store(u"com.harrow.kestrel"_s, schemaDirectories(), [manager, this] { refresh(manager); }),
+        : store(u"com.harrow.kestrel"_s, GSettingsStore::ownDirectories(),
+                [manager, this] { refresh(manager); }),
           values(read(store))
     {
     }
