@@ -191,7 +191,7 @@ void TestDialectAdapter::updates_data()
         << u"DELETE { <urn:a> nie:title ?k_i } WHERE { <urn:a> nie:title ?k_i .} ; INSERT DATA { <urn:a> nie:title \"x\" }"_s;
     QTest::newRow("old order, lower case")
         << u" delete{<urn:a> a ?x}where{<urn:a> a ?x}insert{<urn:a> a <urn:b>} "_s
-        << u"delete{<urn:a> a ?x} where{<urn:a> a ?x} ; INSERT DATA{<urn:a> a <urn:b>}"_s;
+        << u"DELETE {<urn:a> a ?x} WHERE {<urn:a> a ?x} ; INSERT DATA {<urn:a> a <urn:b>}"_s;
     QTest::newRow("old order, inserts what it found")
         << u"DELETE { ?x nie:title ?t } WHERE { ?x nie:title ?t } INSERT { ?x nie:comment ?t }"_s
         << u"DELETE { ?x nie:title ?t } INSERT { ?x nie:comment ?t } WHERE { ?x nie:title ?t }"_s;
