@@ -119,7 +119,7 @@ void FolderFollower::step()
         const QString path = m_digests.front();
         m_digests.pop_front();
         Q_EMIT digested(path, contentDigest(path));
-    } else if (!m_scans.empty()) {
+    } else if (!m_scans.empty() && !m_waiting) {
         Scan &scan = m_scans.front();
         auto &folders = scan.folders.empty() ? scan.links : scan.folders;
         if (folders.empty()) {
@@ -152,7 +152,7 @@ void FolderFollower::scanFolder(Scan *scan, const QString &folder)
         const QFileInfo info = entries.fileInfo();
         if (info.isDir()) {
             (info.isSymLink() ? scan->links : scan->folders).push_back(path);
-        } else if (mayBeVideo(path)) {
+        } else if (!reportTold(path) && mayBeVideo(path)) {
             if (const auto identity = FileIdentity::ofFile(path))
                 consider(path, *identity, false);
         }
@@ -166,6 +166,7 @@ void FolderFollower::finishScan()
     m_scans.pop_front();
     if (!scan.isWhole)
         return;
+    reportRestOfTold();
     // What vanished while it was read says nothing of its files.
     if (folderKey(scan.root).second == 0)
         Q_EMIT away(scan.root);
@@ -196,7 +197,7 @@ void FolderFollower::consider(const QString &path, const FileIdentity &identity,
 {
     const qint64 age = qAbs(QDateTime::currentMSecsSinceEpoch() - identity.modifiedMs);
     if (age > s_oldMs && !fresh) {
-        report(path, identity, false);
+        report({path, identity, false});
         return;
     }
     Settling settling{identity, {}, fresh, !fresh};
@@ -206,12 +207,12 @@ void FolderFollower::consider(const QString &path, const FileIdentity &identity,
         m_settleTimer->start();
 }
 
-void FolderFollower::report(const QString &path, const FileIdentity &identity, bool fresh)
+void FolderFollower::report(const FoundFile &file)
 {
-    if (identity.size == 0)
+    if (file.identity.size == 0)
         return;
-    m_found.append({path, identity, fresh});
-    if (fresh || m_found.size() >= s_filesAtOnce)
+    m_found.append(file);
+    if (file.fresh || m_found.size() >= s_filesAtOnce)
         flush();
 }
 
@@ -240,7 +241,7 @@ void FolderFollower::checkSettling()
             const bool fresh = it->fresh;
             it = m_settling.erase(it);
             if (mayBeVideo(path))
-                report(path, *now, fresh);
+                report({path, *now, fresh});
         } else {
             ++it;
         }
@@ -267,7 +268,7 @@ void FolderFollower::onWritten(const QString &path)
     m_settling.remove(path);
     const auto identity = FileIdentity::ofFile(path);
     if (identity && mayBeVideo(path))
-        report(path, *identity, true);
+        report({path, *identity, true});
 }
 
 void FolderFollower::onMoved(const QString &from, const QString &to, bool isFolder)
@@ -333,6 +334,82 @@ void FolderFollower::rescanAll()
     }
 }
 
+void FolderFollower::setWaiting(bool waiting)
+{
+    m_waiting = waiting;
+    if (!m_scans.empty())
+        m_stepTimer->start();
+}
+
+bool FolderFollower::awaitsScan(const QString &path) const
+{
+    return std::any_of(m_scans.cbegin(), m_scans.cend(),
+                       [&](const Scan &scan) { return scan.isWhole && path.startsWith(scan.root + u'/'); });
+}
+
+void FolderFollower::takeTold(const QList<ToldFile> &files)
+{
+    for (const ToldFile &file : files) {
+        if (isHiddenName(file.path.section(u'/', -1)))
+            continue;
+        if (awaitsScan(file.path))
+            m_told.insert(file.path, file);
+        else
+            lookAt(file);
+    }
+    flush();
+}
+
+// What the index read of another state of the file says nothing of this one. It will tell again; and in a
+// folder that is followed the file is read here.
+void FolderFollower::lookAt(const ToldFile &file)
+{
+    const auto identity = FileIdentity::ofFile(file.path);
+    if (identity && file.agreesWith(*identity))
+        report({file.path, *identity, file.fresh, file.facts});
+}
+
+// True when the file at the path needs no further look.
+bool FolderFollower::reportTold(const QString &path)
+{
+    const auto told = m_told.constFind(path);
+    if (told == m_told.cend())
+        return false;
+    const ToldFile file = *told;
+    m_told.erase(told);
+    const auto identity = FileIdentity::ofFile(path);
+    if (!file.facts || !identity || !file.agreesWith(*identity))
+        return false;
+    report({path, *identity, false, file.facts});
+    return true;
+}
+
+// Told while the folders were being read, or in a folder that cannot be reached from the root.
+void FolderFollower::reportRestOfTold()
+{
+    for (auto it = m_told.begin(); it != m_told.end();) {
+        if (awaitsScan(it.key())) {
+            ++it;
+            continue;
+        }
+        lookAt(*it);
+        it = m_told.erase(it);
+    }
+    flush();
+}
+
+void FolderFollower::checkDropped(const QStringList &paths)
+{
+    QStringList absent;
+    for (const QString &path : paths) {
+        if (!FileIdentity::ofFile(path))
+            absent.append(path);
+    }
+    flush(); // what came first: it may be one of these under another name
+    if (!absent.isEmpty())
+        Q_EMIT missing(absent);
+}
+
 void FolderFollower::release(const QString &folder)
 {
     m_inotify->unwatch(folder);
@@ -362,11 +439,12 @@ void FolderFollower::followMounts()
     if (m_mountInfo < 0)
         return;
     m_mountNotifier = std::make_unique<QSocketNotifier>(m_mountInfo, QSocketNotifier::Exception);
-    connect(m_mountNotifier.get(), &QSocketNotifier::activated, this, &FolderFollower::mountsChanged);
+    connect(m_mountNotifier.get(), &QSocketNotifier::activated, this, &FolderFollower::readMounts);
 }
 
-void FolderFollower::mountsChanged()
+void FolderFollower::readMounts()
 {
+    Q_EMIT mountsChanged();
     QFile file(u"/proc/self/mountinfo"_s);
     if (!file.open(QIODevice::ReadOnly))
         return;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "inotify.h"
+#include "toldfile.h"
 #include "videofiles.h"
 
 #include <QElapsedTimer>
@@ -30,6 +31,13 @@ public Q_SLOTS:
     void start();
     void addRoot(const QString &root);
     void rescanAll();
+    // Folders are not read while somebody is about to tell what is in them.
+    void setWaiting(bool waiting);
+    // Videos that the desktop's index knows. In a folder that is still to be read they are reported in its
+    // turn, everywhere else at once; they are not opened.
+    void takeTold(const QList<ToldFile> &files);
+    // Files that the index does not have (any more); those that are not there are reported as missing.
+    void checkDropped(const QStringList &paths);
     // Lets go of everything below the folder, which is about to be unmounted.
     void release(const QString &folder);
     // Reads the head and tail of a file; answered by digested().
@@ -42,6 +50,9 @@ Q_SIGNALS:
     void scanFinished(const QString &root);
     void moved(const QString &from, const QString &to, bool isFolder);
     void gone(const QString &path, bool isFolder);
+    // Files outside what is followed were looked for and are not in their places.
+    void missing(const QStringList &paths);
+    void mountsChanged();
     // The root, or a file system below it, is out of reach: nothing is known of what lies there.
     void away(const QString &folder);
     void digested(const QString &path, const QByteArray &digest);
@@ -69,12 +80,16 @@ private:
     void finishScan();
     void endHeldScans();
     void consider(const QString &path, const FileIdentity &identity, bool fresh);
-    void report(const QString &path, const FileIdentity &identity, bool fresh);
+    void report(const FoundFile &file);
+    void lookAt(const ToldFile &file);
+    bool reportTold(const QString &path);
+    void reportRestOfTold();
+    [[nodiscard]] bool awaitsScan(const QString &path) const;
     void flush();
     void checkSettling();
     void checkRoots();
     void followMounts();
-    void mountsChanged();
+    void readMounts();
     [[nodiscard]] bool isRoot(const QString &folder) const { return m_roots.contains(folder); }
 
     void onCreated(const QString &path, bool isFolder);
@@ -88,6 +103,8 @@ private:
     QSet<QString> m_absent; // roots that are not there
     std::deque<Scan> m_scans;
     QList<FoundFile> m_found;
+    QHash<QString, ToldFile> m_told; // in folders that are still to be read
+    bool m_waiting = false;
     QHash<QString, Settling> m_settling;
     QStringList m_heldScans; // done but for files that have to settle
     std::deque<QString> m_digests;

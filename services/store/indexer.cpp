@@ -26,6 +26,8 @@ Indexer::Indexer(VideoLibrary *library, MediaReader *reader, EquipmentOf equipme
     m_batchTimer.setInterval(s_batchMs);
     connect(&m_batchTimer, &QTimer::timeout, this, &Indexer::flush);
     connect(m_reader, &MediaReader::finished, this, &Indexer::onRead);
+    connect(m_library, &VideoLibrary::digestWanted, this, &Indexer::keepDigest);
+    connect(m_library, &VideoLibrary::loaded, this, &Indexer::digestKept);
 }
 
 void Indexer::onScanStarted(const QString &root)
@@ -49,6 +51,8 @@ void Indexer::consider(const FoundFile &file)
     if (const auto job = m_jobs.find(file.path); job != m_jobs.end()) {
         if (!job->identity.sameState(file.identity))
             job->newer = file.identity;
+        else if (file.facts)
+            takeFacts(file.path, file.facts);
         return;
     }
     m_progress.fileSeen();
@@ -66,13 +70,68 @@ void Indexer::consider(const FoundFile &file)
         return;
     }
     const quint64 arrival = file.fresh ? ++m_arrivals : m_scanArrival;
-    m_jobs.insert(file.path, {file.path, file.identity, file.fresh, arrival, 0, {}});
+    m_jobs.insert(file.path, {file.path, file.identity, file.fresh, arrival, 0, {}, file.facts});
+    if (file.facts && !mayBeKnown(file.identity)) {
+        storeFacts(file.path);
+        return;
+    }
     m_undigested.insert(file.path);
     Q_EMIT digestWanted(file.path, file.fresh);
 }
 
+// A file need not be opened when another one has read it and nothing that is kept can be its earlier self.
+bool Indexer::mayBeKnown(const FileIdentity &identity) const
+{
+    return m_library->table().hasDigestOfSize(identity.size) || m_library->journal()->hasSize(identity.size);
+}
+
+// The facts of a file that is waiting to be read.
+void Indexer::takeFacts(const QString &path, const std::shared_ptr<const MediaReply> &facts)
+{
+    Job &job = m_jobs[path];
+    if (job.request != 0)
+        return;
+    job.facts = facts;
+    if (!m_undigested.contains(path))
+        storeFacts(path);
+}
+
+void Indexer::storeFacts(const QString &path)
+{
+    const Job job = m_jobs.value(path);
+    if (m_library->table().byPath(path) || !isMoved(job))
+        store(job, *job.facts);
+    finish(path);
+}
+
+// A video of which the person made something must be known again wherever its file goes.
+void Indexer::keepDigest(const QString &urn)
+{
+    const VideoRecord *known = m_library->table().byUrn(urn);
+    if (!known || !known->identity.digest.isEmpty() || known->path.isEmpty())
+        return;
+    m_keeping.insert(known->path, urn);
+    Q_EMIT digestWanted(known->path, false);
+}
+
+void Indexer::digestKept()
+{
+    const QStringList urns = m_library->journal()->entries().keys();
+    for (const QString &urn : urns)
+        keepDigest(urn);
+}
+
 void Indexer::onDigested(const QString &path, const QByteArray &digest)
 {
+    const QString urn = m_keeping.take(path);
+    const VideoRecord *kept = urn.isEmpty() ? nullptr : m_library->table().byUrn(urn);
+    if (kept && kept->path == path && kept->identity.digest.isEmpty() && !digest.isEmpty()) {
+        const auto now = FileIdentity::ofFile(path);
+        FileIdentity identity = kept->identity;
+        identity.digest = digest;
+        if (now && now->sameState(identity))
+            relocateTo(urn, path, identity);
+    }
     m_undigested.remove(path);
     decide(path, digest);
     concludeScans();
@@ -93,6 +152,9 @@ void Indexer::decide(const QString &path, const QByteArray &digest)
         relocateTo(known->urn, path, job->identity); // touched, no more
         finish(path);
     } else if (!known && isMoved(*job)) {
+        finish(path);
+    } else if (job->facts) {
+        store(*job, *job->facts);
         finish(path);
     } else {
         if (job->fresh)
@@ -214,7 +276,7 @@ void Indexer::storeNew(const Job &job, const MediaReply &reply)
     }
     m_batch.push_back({record, newVideoResource(record, reply, m_equipmentOf(reply))});
     // A lone file does not wait for others.
-    if (m_batch.size() >= s_batchSize || m_jobs.size() == 1)
+    if (m_batch.size() >= s_batchSize || (m_jobs.size() == 1 && !job.facts))
         flush();
     else if (!m_batchTimer.isActive())
         m_batchTimer.start();
@@ -313,6 +375,29 @@ void Indexer::lose(const QStringList &urns)
         m_library->remove(lost);
 }
 
+void Indexer::onMissing(const QStringList &paths)
+{
+    m_missing += paths;
+    concludeMissing();
+}
+
+// Not before it is known whether one of them came back under another name.
+void Indexer::concludeMissing()
+{
+    if (m_missing.isEmpty() || !m_undigested.isEmpty())
+        return;
+    flush();
+    QStringList lost;
+    const QStringList paths = std::exchange(m_missing, {});
+    for (const QString &path : paths) {
+        const VideoRecord *known = m_library->table().byPath(path);
+        // Which file systems are there now is asked, not remembered.
+        if (known && !m_jobs.contains(path) && wasDeleted(*known, {}))
+            lost.append(known->urn);
+    }
+    lose(lost);
+}
+
 void Indexer::onAway(const QString &folder)
 {
     m_away.insert(folder);
@@ -329,6 +414,7 @@ void Indexer::onScanFinished(const QString &root)
 // known.
 void Indexer::concludeScans()
 {
+    concludeMissing();
     if (m_finishedScans.isEmpty() || !m_undigested.isEmpty())
         return;
     flush();

@@ -37,6 +37,8 @@ public Q_SLOTS:
     void onScanFinished(const QString &root);
     void onMoved(const QString &from, const QString &to, bool isFolder);
     void onGone(const QString &path, bool isFolder);
+    // Files that nobody follows were looked for and not found.
+    void onMissing(const QStringList &paths);
     void onAway(const QString &folder);
     void onDigested(const QString &path, const QByteArray &digest);
 
@@ -53,10 +55,16 @@ private:
         quint64 arrival = 0;
         int request = 0; // 0: waiting for its digest or for its turn
         std::optional<FileIdentity> newer; // written to again meanwhile
+        std::shared_ptr<const MediaReply> facts; // no worker needs to read it
     };
 
     void consider(const FoundFile &file);
     void decide(const QString &path, const QByteArray &digest);
+    void takeFacts(const QString &path, const std::shared_ptr<const MediaReply> &facts);
+    void storeFacts(const QString &path);
+    [[nodiscard]] bool mayBeKnown(const FileIdentity &identity) const;
+    void digestKept();
+    void keepDigest(const QString &urn);
     [[nodiscard]] bool isMoved(const Job &job);
     [[nodiscard]] bool isAway(const QString &path) const;
     void relocateTo(const QString &urn, const QString &path, const FileIdentity &identity);
@@ -70,6 +78,7 @@ private:
     [[nodiscard]] bool wasDeleted(const VideoRecord &record, const QSet<quint64> &devices) const;
     void lose(const QStringList &urns);
     void concludeScans();
+    void concludeMissing();
     [[nodiscard]] QString copyOf(const VideoRecord &record) const;
 
     VideoLibrary *m_library;
@@ -81,6 +90,8 @@ private:
     QSet<QString> m_undigested; // not yet known to be new or moved
     std::deque<QString> m_waiting; // digested, to be read
     QStringList m_finishedScans;
+    QStringList m_missing; // paths
+    QHash<QString, QString> m_keeping; // urns by path, of stored videos whose digest is on its way
     std::vector<NewVideo> m_batch;
     QTimer m_batchTimer;
     quint64 m_arrivals = 0; // see VideoRecord::arrival

@@ -6,6 +6,8 @@
 #include "storeservice.h"
 #include "unmountwatch.h"
 
+#include "platform/system/settingsmanager.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -119,6 +121,9 @@ int main(int argc, char **argv)
     parser.addVersionOption();
     const QCommandLineOption rootOption(u"root"_s, u"Also look for videos below this folder."_s, u"folder"_s);
     parser.addOption(rootOption);
+    const QCommandLineOption noIndexOption(
+        u"no-desktop-index"_s, u"Read all files here, also those that the desktop's file index knows."_s);
+    parser.addOption(noIndexOption);
     parser.process(application);
     const QStringList roots = givenRoots(parser, rootOption);
 
@@ -132,6 +137,8 @@ int main(int argc, char **argv)
 
     const StorePaths paths = StorePaths::ofUser();
     StoreService service(paths, [] { return std::make_unique<PoolMediaReader>(); });
+    if (!parser.isSet(noIndexOption) && SettingsManager::instance()->useDesktopIndex())
+        service.followDesktopIndex();
     new StoreAdaptor(&service);
     bus.registerObject(u"/com/harrow/Kestrel/Store"_s, &service);
     if (!bus.registerService(busName()))

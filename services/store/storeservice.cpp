@@ -2,6 +2,7 @@
 #include "storeservice.h"
 
 #include "folderfollower.h"
+#include "indexmirror.h"
 #include "storelog.h"
 #include "videoresource.h"
 
@@ -10,6 +11,8 @@
 
 #include <QDBusConnection>
 #include <QDir>
+
+#include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -85,20 +88,65 @@ void StoreService::connectFollower()
     connect(m_follower, &FolderFollower::scanFinished, m_indexer.get(), &Indexer::onScanFinished);
     connect(m_follower, &FolderFollower::moved, m_indexer.get(), &Indexer::onMoved);
     connect(m_follower, &FolderFollower::gone, m_indexer.get(), &Indexer::onGone);
+    connect(m_follower, &FolderFollower::missing, m_indexer.get(), &Indexer::onMissing);
     connect(m_follower, &FolderFollower::away, m_indexer.get(), &Indexer::onAway);
     connect(m_follower, &FolderFollower::digested, m_indexer.get(), &Indexer::onDigested);
     connect(this, &StoreService::rootAdded, m_follower, &FolderFollower::addRoot);
     // Files are compared with the store: not before all of that is known, and again when it is another.
     connect(&m_library, &VideoLibrary::loaded, this, [this] {
         answerRecorded();
-        if (m_thread.isRunning()) {
-            QMetaObject::invokeMethod(m_follower, &FolderFollower::rescanAll);
-            return;
-        }
+        followFolders();
+    });
+}
+
+void StoreService::followFolders()
+{
+    const auto setWaiting = [this](bool waiting) {
+        QMetaObject::invokeMethod(m_follower,
+                                  [follower = m_follower, waiting] { follower->setWaiting(waiting); });
+    };
+    if (m_mirror)
+        setWaiting(true);
+    if (m_thread.isRunning()) {
+        QMetaObject::invokeMethod(m_follower, &FolderFollower::rescanAll);
+    } else {
         m_thread.start();
         for (const QString &root : std::as_const(m_roots))
             Q_EMIT rootAdded(root);
-    });
+    }
+    if (m_mirror)
+        m_mirror->tellAll();
+}
+
+void StoreService::followDesktopIndex()
+{
+    m_mirror = new IndexMirror(QDBusConnection::sessionBus(), IndexMirror::defaultPatienceMs, this);
+    connect(m_mirror, &IndexMirror::told, m_follower, &FolderFollower::takeTold);
+    connect(m_mirror, &IndexMirror::dropped, m_follower, &FolderFollower::checkDropped);
+    connect(m_mirror, &IndexMirror::toldAll, this, &StoreService::checkOutsiders);
+    connect(m_mirror, &IndexMirror::settled, m_follower,
+            [follower = m_follower] { follower->setWaiting(false); });
+    connect(m_follower, &FolderFollower::mountsChanged, m_mirror, &IndexMirror::onMountsChanged);
+}
+
+// Videos of folders that only the index follows: what it does not have any more may have been deleted while
+// nobody looked.
+void StoreService::checkOutsiders(const QSet<QString> &told)
+{
+    const auto isFollowed = [this](const QString &path) {
+        return std::any_of(m_roots.cbegin(), m_roots.cend(),
+                           [&](const QString &root) { return path.startsWith(root + u'/'); });
+    };
+    QStringList paths;
+    const QStringList urns = m_library.table().urns();
+    for (const QString &urn : urns) {
+        const QString path = m_library.table().byUrn(urn)->path;
+        if (!path.isEmpty() && !told.contains(path) && !isFollowed(path))
+            paths.append(path);
+    }
+    if (!paths.isEmpty())
+        QMetaObject::invokeMethod(m_follower,
+                                  [follower = m_follower, paths] { follower->checkDropped(paths); });
 }
 
 void StoreService::addRoot(const QString &path)

@@ -14,12 +14,14 @@
 #include <QDBusMessage>
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QStringList>
 #include <QThread>
 
 #include <memory>
 
 class FolderFollower;
+class IndexMirror;
 
 // The service as a whole: puts its parts together, and answers on the session bus.
 class StoreService : public QObject, protected QDBusContext
@@ -37,6 +39,8 @@ public:
     // Opens the database and begins to listen. False when neither can be done here.
     bool start();
     void addRoot(const QString &path);
+    // Takes from the desktop's file index what it knows already. Before start().
+    void followDesktopIndex();
     [[nodiscard]] bool isHealthy() const { return m_database.isHealthy(); }
     // Nothing is on its way to the disk.
     [[nodiscard]] bool isIdle() const { return m_database.pendingWrites() == 0; }
@@ -62,6 +66,8 @@ Q_SIGNALS:
 private:
     void connectParts();
     void connectFollower();
+    void followFolders();
+    void checkOutsiders(const QSet<QString> &told);
     void answerWaiting();
     void answerRecorded();
     void announceHealth(bool healthy);
@@ -78,6 +84,7 @@ private:
     FactsDesk m_facts;
     QThread m_thread; // the follower's
     FolderFollower *m_follower;
+    IndexMirror *m_mirror = nullptr;
     QStringList m_roots;
     QList<QDBusMessage> m_waitingForSocket;
     QList<QDBusMessage> m_waitingForVideos;

@@ -103,6 +103,7 @@ void UserJournal::put(const UserData &data)
     drop(data.urn);
     m_entries.insert(data.urn, data);
     m_urnByUrl.insert(data.url, data.urn);
+    ++m_sizes[data.identity.size];
 }
 
 void UserJournal::drop(const QString &urn)
@@ -112,6 +113,8 @@ void UserJournal::drop(const QString &urn)
         return;
     if (m_urnByUrl.value(found->url) == urn)
         m_urnByUrl.remove(found->url);
+    if (--m_sizes[found->identity.size] == 0)
+        m_sizes.remove(found->identity.size);
     m_entries.erase(found);
 }
 

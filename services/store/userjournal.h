@@ -48,6 +48,9 @@ public:
     // The entry that belongs to a file whose video is not in the store; null when there is none.
     [[nodiscard]] const UserData *findForFile(const QString &url, const FileIdentity &identity) const;
 
+    // It keeps something of a file of this size.
+    [[nodiscard]] bool hasSize(qint64 size) const { return m_sizes.contains(size); }
+
     // On disk when this returns true.
     bool record(const UserData &data);
     bool forget(const QString &urn);
@@ -66,6 +69,7 @@ private:
     QFile m_file;
     QHash<QString, UserData> m_entries;
     QHash<QString, QString> m_urnByUrl;
+    QHash<qint64, int> m_sizes; // of the files: how many have it
     QHash<QString, BrokenFile> m_broken; // by path
     int m_lines = 0;
 };

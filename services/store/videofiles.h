@@ -3,9 +3,13 @@
 
 #include "fileidentity.h"
 
+#include "common/mediaworkerpool.h"
+
 #include <QList>
 #include <QMetaType>
 #include <QString>
+
+#include <memory>
 
 // A file that may be a video, as a scan or an event found it.
 struct FoundFile
@@ -13,6 +17,8 @@ struct FoundFile
     QString path;
     FileIdentity identity; // without digest
     bool fresh = false; // reported by an event rather than by a scan
+    // What a worker would find in it, where somebody who can be believed has read it already.
+    std::shared_ptr<const MediaReply> facts = nullptr;
 };
 
 // Whether the content type of the file is one that a video may have; the file's bytes are looked at only

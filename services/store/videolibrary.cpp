@@ -104,6 +104,8 @@ bool VideoLibrary::remember(const VideoRecord &record, bool titleEdited)
 {
     UserData data{record.urn,     record.url,       record.identity,  {},
                   record.runTime, record.playCount, record.lastPlayed};
+    if (record.identity.digest.isEmpty())
+        Q_EMIT digestWanted(record.urn);
     const UserData *known = m_journal->find(record.urn);
     if (titleEdited)
         data.title = record.title;

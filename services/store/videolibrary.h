@@ -61,6 +61,8 @@ public:
 
 Q_SIGNALS:
     void loaded();
+    // The person made something of a video whose file would not be known again elsewhere.
+    void digestWanted(const QString &urn);
     // What clients know is about another database.
     void reset();
 

@@ -15,8 +15,10 @@ void VideoTable::put(const VideoRecord &record)
     if (record.id != 0 && record.created.isValid())
         m_idsByCreation.insert(record.created.toSecsSinceEpoch(), record.id);
     m_urnsByInode.insert(Inode(record.identity.device, record.identity.inode), record.urn);
-    if (!record.identity.digest.isEmpty())
+    if (!record.identity.digest.isEmpty()) {
         m_urnsByDigest.insert(record.identity.digest, record.urn);
+        ++m_digestsBySize[record.identity.size];
+    }
 }
 
 void VideoTable::remove(const QString &urn)
@@ -26,7 +28,11 @@ void VideoTable::remove(const QString &urn)
         return;
     const FileIdentity &identity = found->identity;
     m_urnsByInode.remove(Inode(identity.device, identity.inode), urn);
-    m_urnsByDigest.remove(identity.digest, urn);
+    if (!identity.digest.isEmpty()) {
+        m_urnsByDigest.remove(identity.digest, urn);
+        if (--m_digestsBySize[identity.size] == 0)
+            m_digestsBySize.remove(identity.size);
+    }
     m_urnById.remove(found->id);
     if (found->created.isValid())
         m_idsByCreation.remove(found->created.toSecsSinceEpoch(), found->id);

@@ -26,6 +26,8 @@ public:
     [[nodiscard]] QStringList urnsUnder(const QString &folder) const;
     [[nodiscard]] QStringList urnsOfInode(const FileIdentity &identity) const;
     [[nodiscard]] QStringList urnsOfContent(const FileIdentity &identity) const;
+    // Some video whose digest is known has this size.
+    [[nodiscard]] bool hasDigestOfSize(qint64 size) const { return m_digestsBySize.contains(size); }
     // Store ids of videos that were recorded from one time until before another (seconds since 1970), those
     // nearest to `around` first.
     [[nodiscard]] QList<int> recordedBetween(qint64 from, qint64 until, qint64 around, int most) const;
@@ -40,4 +42,5 @@ private:
     QMultiMap<qint64, int> m_idsByCreation; // seconds since 1970
     QMultiHash<Inode, QString> m_urnsByInode;
     QMultiHash<QByteArray, QString> m_urnsByDigest;
+    QHash<qint64, int> m_digestsBySize; // how many
 };

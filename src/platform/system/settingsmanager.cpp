@@ -13,6 +13,7 @@ SettingsValues read(const GSettingsStore &store)
     values.playbackDisplayMode = store.intValue("playback-display-mode", values.playbackDisplayMode);
     values.onlineContentMode = store.intValue("online-content-mode", values.onlineContentMode);
     values.hideOwnRecordings = store.boolValue("hide-own-recordings", values.hideOwnRecordings);
+    values.useDesktopIndex = store.boolValue("use-desktop-index", values.useDesktopIndex);
     values.windowProfile = store.stringValue("window-profile", values.windowProfile);
     return values;
 }
@@ -80,6 +81,11 @@ int SettingsManager::onlineContentMode() const
 bool SettingsManager::hideOwnRecordings() const
 {
     return d->values.hideOwnRecordings;
+}
+
+bool SettingsManager::useDesktopIndex() const
+{
+    return d->values.useDesktopIndex;
 }
 
 QString SettingsManager::windowProfile() const

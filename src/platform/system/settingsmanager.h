@@ -13,6 +13,7 @@ struct SettingsValues
     int playbackDisplayMode = 1;
     int onlineContentMode = 1;
     bool hideOwnRecordings = false;
+    bool useDesktopIndex = true;
     QString windowProfile = QStringLiteral("automatic");
 
     friend bool operator==(const SettingsValues &, const SettingsValues &) = default;
@@ -34,6 +35,8 @@ public:
     // 1: details load extensions. Default 1.
     [[nodiscard]] int onlineContentMode() const;
     [[nodiscard]] bool hideOwnRecordings() const;
+    // The store takes from the desktop's file index what that knows already.
+    [[nodiscard]] bool useDesktopIndex() const;
     // "automatic", "handset" or "desktop".
     [[nodiscard]] QString windowProfile() const;
 

@@ -1,0 +1,239 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "indexendpoint.h"
+
+#include "cursorstream.h"
+#include "indexquery.h"
+#include "storelog.h"
+#include "storepaths.h"
+
+#include "platform/sparql/fileuri.h"
+
+#include <QPointer>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+constexpr int s_changeMs = 200; // changes come in bursts
+// A file that was moved may be told as one that went and, when it has been read again, one that came.
+constexpr int s_dropMs = 3000;
+constexpr qsizetype s_mostNamed = 200; // resources in a question
+constexpr qsizetype s_mostChanged = 5000; // beyond, all videos are asked for
+} // namespace
+
+IndexEndpoint::IndexEndpoint(GDBusConnection *bus, const QString &owner, const QString &path, int patienceMs,
+                             QObject *parent)
+    : QObject(parent),
+      m_bus(shareGRef(bus)),
+      m_owner(owner.toUtf8()),
+      m_path(path.toUtf8()),
+      m_cancellable(g_cancellable_new())
+{
+    m_changeTimer.setSingleShot(true);
+    m_changeTimer.setInterval(s_changeMs);
+    connect(&m_changeTimer, &QTimer::timeout, this, &IndexEndpoint::askAboutChanges);
+    m_dropTimer.setSingleShot(true);
+    m_dropTimer.setInterval(s_dropMs);
+    connect(&m_dropTimer, &QTimer::timeout, this,
+            [this] { Q_EMIT dropped(QStringList(std::exchange(m_dropped, {}).values())); });
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(patienceMs);
+    connect(&m_patience, &QTimer::timeout, this, [this] { fail(u"no answer in time"_s); });
+}
+
+IndexEndpoint::~IndexEndpoint()
+{
+    if (m_notifier)
+        g_signal_handlers_disconnect_by_data(m_notifier.get(), this);
+    g_cancellable_cancel(m_cancellable.get());
+}
+
+template <void (IndexEndpoint::*Method)(GAsyncResult *)>
+void IndexEndpoint::back(GObject *, GAsyncResult *result, gpointer data)
+{
+    const std::unique_ptr<QPointer<IndexEndpoint>> endpoint(static_cast<QPointer<IndexEndpoint> *>(data));
+    if (*endpoint)
+        ((*endpoint)->*Method)(result);
+}
+
+gpointer IndexEndpoint::backData()
+{
+    return new QPointer<IndexEndpoint>(this);
+}
+
+void IndexEndpoint::open()
+{
+    m_owesAll = true;
+    m_patience.start();
+    tracker_sparql_connection_bus_new_async(m_owner.constData(), m_path.constData(), m_bus.get(),
+                                            m_cancellable.get(), &IndexEndpoint::back<&IndexEndpoint::opened>,
+                                            backData());
+}
+
+void IndexEndpoint::opened(GAsyncResult *result)
+{
+    GError *error = nullptr;
+    m_connection.reset(tracker_sparql_connection_bus_new_finish(result, &error));
+    if (error) {
+        fail(QString::fromUtf8(GErrorRef(error)->message));
+        return;
+    }
+    m_patience.stop();
+    if (m_failed)
+        return;
+    follow(); // before the videos are asked for: nothing falls in between
+    askAll();
+}
+
+void IndexEndpoint::follow()
+{
+    m_notifier.reset(tracker_sparql_connection_create_notifier(m_connection.get()));
+    if (m_notifier)
+        g_signal_connect(m_notifier.get(), "events", G_CALLBACK(&IndexEndpoint::noticed), this);
+}
+
+void IndexEndpoint::askAll()
+{
+    m_owesAll = true;
+    askVideos(allVideosQuery(), false, [this] {
+        m_owesAll = false;
+        Q_EMIT toldAll();
+    });
+}
+
+void IndexEndpoint::noticed(TrackerNotifier *, const char *, const char *, GPtrArray *events, gpointer self)
+{
+    auto *endpoint = static_cast<IndexEndpoint *>(self);
+    for (guint i = 0; i < events->len; ++i)
+        endpoint->noteEvent(static_cast<TrackerNotifierEvent *>(g_ptr_array_index(events, i)));
+}
+
+void IndexEndpoint::noteEvent(TrackerNotifierEvent *event)
+{
+    const QString urn = QString::fromUtf8(tracker_notifier_event_get_urn(event));
+    if (urn.isEmpty())
+        return;
+    if (m_changed.size() < s_mostChanged)
+        m_changed.insert(urn);
+    if (tracker_notifier_event_get_event_type(event) == TRACKER_NOTIFIER_EVENT_DELETE) {
+        const QString path = localPathOf(canonicalFileUri(urn));
+        if (!path.isEmpty()) {
+            m_dropped.insert(path);
+            m_dropTimer.start();
+        }
+    }
+    if (!m_changeTimer.isActive())
+        m_changeTimer.start();
+}
+
+void IndexEndpoint::askAboutChanges()
+{
+    QStringList urns(std::exchange(m_changed, {}).values());
+    if (urns.size() >= s_mostChanged) {
+        if (!m_owesAll)
+            askAll();
+        return;
+    }
+    while (!urns.isEmpty()) {
+        const QStringList some = urns.mid(0, s_mostNamed);
+        urns = urns.mid(s_mostNamed);
+        askVideos(videosQuery(some), true, {});
+        // A file system that was mounted or unmounted shows in its folder alone.
+        ask({indexedFoldersQuery(some),
+             [this](const QStringList &) {
+                 if (!m_owesAll)
+                     askAll();
+             },
+             {}});
+    }
+}
+
+void IndexEndpoint::askVideos(const QString &text, bool fresh, const std::function<void()> &done)
+{
+    ask({text,
+         [this, fresh](const QStringList &cells) {
+             if (auto file = toldFileOf(cells)) {
+                 file->fresh = fresh;
+                 m_files.append(*file);
+             }
+         },
+         done});
+}
+
+void IndexEndpoint::ask(Question question)
+{
+    if (m_failed || question.text.isEmpty())
+        return;
+    m_questions.push_back(std::move(question));
+    if (m_questions.size() == 1)
+        askNext();
+}
+
+void IndexEndpoint::askNext()
+{
+    if (m_questions.empty())
+        return;
+    m_patience.start();
+    tracker_sparql_connection_query_async(m_connection.get(), m_questions.front().text.toUtf8().constData(),
+                                          m_cancellable.get(), &IndexEndpoint::back<&IndexEndpoint::answered>,
+                                          backData());
+}
+
+void IndexEndpoint::answered(GAsyncResult *result)
+{
+    GError *error = nullptr;
+    GRef<TrackerSparqlCursor> cursor(
+        tracker_sparql_connection_query_finish(m_connection.get(), result, &error));
+    if (error) {
+        fail(QString::fromUtf8(GErrorRef(error)->message));
+        return;
+    }
+    if (m_failed)
+        return;
+    m_stream = new CursorStream(std::move(cursor), this);
+    connect(m_stream, &CursorStream::rows, this, &IndexEndpoint::takeRows);
+    connect(m_stream, &CursorStream::finished, this, &IndexEndpoint::end);
+}
+
+void IndexEndpoint::takeRows(const QList<QStringList> &rows)
+{
+    m_patience.start();
+    const auto take = m_questions.front().row;
+    for (const QStringList &cells : rows)
+        take(cells);
+    if (!m_files.isEmpty())
+        Q_EMIT told(std::exchange(m_files, {}));
+}
+
+void IndexEndpoint::end(const QString &error)
+{
+    m_patience.stop();
+    m_stream->deleteLater();
+    m_stream = nullptr;
+    if (!error.isEmpty()) {
+        fail(error);
+        return;
+    }
+    const Question question = std::move(m_questions.front());
+    m_questions.pop_front();
+    askNext();
+    if (question.done)
+        question.done();
+}
+
+void IndexEndpoint::fail(const QString &error)
+{
+    if (std::exchange(m_failed, true))
+        return;
+    qCWarning(lcStore, "the file index at %s: %s", m_path.constData(), qUtf8Printable(error));
+    m_patience.stop();
+    m_changeTimer.stop();
+    g_cancellable_cancel(m_cancellable.get());
+    m_questions.clear();
+    if (m_stream)
+        m_stream->deleteLater();
+    m_stream = nullptr;
+    m_owesAll = false;
+    if (m_notifier)
+        g_signal_handlers_disconnect_by_data(m_notifier.get(), this);
+    Q_EMIT failed(error);
+}
