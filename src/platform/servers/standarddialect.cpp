@@ -32,6 +32,10 @@ constexpr Namespace namespaces[] = {
 };
 
 constexpr auto positionName = "nmm:runTime"_L1;
+const QString positionIri = QStringLiteral("http://tracker.api.gnome.org/ontology/v3/nmm#runTime");
+
+// A text of five million characters ended a server; one of a million did not.
+constexpr qsizetype longestUpdate = 1000000;
 
 QString bracketed(const QString &iri)
 {
@@ -107,12 +111,12 @@ struct IdFilter
 };
 
 // Resources with these numbers whose IRIs can be written into a text.
-QStringList irisOf(const Tokens &numbers, const ResourceIds &ids)
+QStringList irisOf(const QString &numbers, const ResourceIds &ids)
 {
     QStringList iris;
     QSet<int> seen;
-    for (const sparql::Token &token : numbers) {
-        const int id = token.text.toInt();
+    for (const QString &number : numbers.split(u',')) {
+        const int id = number.toInt();
         const QString iri = bracketed(ids.iriOf(id));
         if (!isWholeIri(iri) || seen.contains(id))
             continue;
@@ -125,7 +129,6 @@ QStringList irisOf(const Tokens &numbers, const ResourceIds &ids)
 std::optional<IdFilter> idFilterAt(const Tokens &tokens, qsizetype from, const ResourceIds &ids)
 {
     Tokens words;
-    QList<qsizetype> places;
     const qsizetype open = sparql::significant(tokens, from + 1);
     const qsizetype close = sparql::closingSign(tokens, open, u'(', u')');
     for (qsizetype i = open; i <= close; ++i) {
@@ -137,7 +140,8 @@ std::optional<IdFilter> idFilterAt(const Tokens &tokens, qsizetype from, const R
         || !isKeyword(words, 5, u"IN") || !isSign(words, 6, u'(')
         || sparql::closingSign(words, 6, u'(', u')') != words.size() - 2)
         return {};
-    return IdFilter{from, close, words[3].text, irisOf(words.sliced(7, words.size() - 9), ids)};
+    return IdFilter{from, close, words[3].text,
+                    irisOf(sparql::textOf(words.sliced(7, words.size() - 9)), ids)};
 }
 
 std::optional<IdFilter> idFilter(const Tokens &tokens, const ResourceIds &ids)
@@ -303,7 +307,7 @@ void writePositionAsNumber(Tokens &tokens)
 
 void mapPosition(Tokens &tokens, const QString &property)
 {
-    if (property.isEmpty())
+    if (property.isEmpty() || property == positionIri)
         return;
     for (sparql::Token &token : tokens) {
         if (token.kind == Kind::Word && token.text == positionName)
@@ -347,12 +351,15 @@ QString subjectOf(const Tokens &group)
     return first < group.size() && group[first].kind == Kind::Iri ? group[first].text : QString();
 }
 
-// What is inserted out of what was found needs something found.
+// When an update is done: what is inserted out of what was found needs something found, what is inserted as
+// it stands needs its video. Empty when that is neither.
 Tokens condition(const sparql::OldUpdate &update)
 {
-    const QString subject = subjectOf(update.insert);
-    if (subject.isEmpty() || !sparql::variableCounts(update.insert).isEmpty())
+    if (!sparql::variableCounts(update.insert).isEmpty())
         return update.where;
+    const QString subject = subjectOf(update.insert);
+    if (subject.isEmpty())
+        return {};
     return sparql::tokensOf(u"{ %1 a nmm:Video . OPTIONAL "_s.arg(subject)) + update.where
         + sparql::tokensOf(u" }"_s);
 }
@@ -370,15 +377,16 @@ StandardStatement adaptUpdate(Tokens tokens, const StandardDialectOptions &optio
     if (!std::all_of(statement.iris.begin(), statement.iris.end(), isWholeIri))
         return refused(u"the update names an identifier that cannot be"_s);
     std::optional<sparql::OldUpdate> update = sparql::oldUpdate(tokens);
-    if (!update)
+    const Tokens where = update ? condition(*update) : Tokens();
+    if (where.isEmpty())
         return refused(u"the update has a form that is not known"_s);
     writePositionAsNumber(update->insert);
     Tokens adapted = sparql::tokensOf(u"DELETE "_s) + update->remove + sparql::tokensOf(u" INSERT "_s)
-        + update->insert + sparql::tokensOf(u" WHERE "_s) + condition(*update);
+        + update->insert + sparql::tokensOf(u" WHERE "_s) + where;
     if (!options.graph.isEmpty())
         adapted = sparql::tokensOf(u"WITH %1 "_s.arg(bracketed(options.graph))) + adapted;
     statement.text = finished(adapted, options);
-    return statement;
+    return statement.text.size() > longestUpdate ? refused(u"the update is too long"_s) : statement;
 }
 
 StandardStatement adaptSelect(Tokens tokens, const StandardDialectOptions &options, const ResourceIds &ids)

@@ -43,26 +43,22 @@ struct StandardStatement
 
 // Brings the application's texts into standard SPARQL 1.1, on their words and never on the text:
 // - the namespaces of the ontology that a text uses are declared at its head;
-// - tracker:id(?x) in the projection becomes a column of its own that holds the IRI;
-//   FILTER(tracker:id(?x) IN (..)) becomes VALUES with the IRIs of these numbers, at most idsPerText of them
-//   in one text. Numbers that nobody has are left out;
+// - tracker:id(?x) in the projection becomes a column of its own that holds the IRI.
+//   FILTER(tracker:id(?x) IN (..)) becomes VALUES with the IRIs of these numbers, at most idsPerText of
+//   them in one text; numbers that nobody has are left out;
 // - tracker:coalesce(..) AS ?x becomes (COALESCE(..) AS ?x), and tracker:added is called nrl:added;
-// - a string after nie:url finds the address as a plain or typed literal and as an IRI, in the canonical
-// spelling
-//   and in the given one;
-// - an ORDER BY of what is bound nowhere and an OPTIONAL of an unrelated subject are left out; variables are
-// renamed
-//   as the store library needs it, which may serve the data as well;
+// - a string after nie:url finds the address as a literal, plain or typed, and as an IRI, in its
+//   canonical spelling and as it is given;
+// - an ORDER BY of what is bound nowhere and an OPTIONAL of an unrelated subject are left out; variables
+//   are renamed as the store library needs it, for it may be what serves;
 // - DELETE {} WHERE {} INSERT {} becomes one DELETE {} INSERT {} WHERE {}, which inserts also when nothing
-// was there
-//   to delete, but only while its subject is a video: what is gone from the server does not come back in
-//   pieces;
-// - a position is written as a number and the property that holds it may be another one;
-// - an update with an empty IRI is dropped, one with an IRI that cannot be is refused; in a query such an IRI
-// is
-//   percent-encoded. A query about an empty IRI has no rows.
+//   was there to delete, but only while its subject is a video: what is gone does not come back in pieces;
+// - a position is written as a number, and another property may hold it;
+// - an update with an empty IRI is dropped, one with an IRI that cannot be is refused; in a query such an
+//   IRI is percent-encoded. A query about an empty IRI has no rows.
 [[nodiscard]] StandardStatement adaptToStandard(const SparqlQuery &query,
                                                 const StandardDialectOptions &options, ResourceIds &ids);
 
-// More IRIs in one text take a server longer each, and from 4,096 on it may refuse the text.
-inline constexpr int idsPerText = 1000;
+// Each IRI costs a server the same time, however many stand in one text; but from 4,096 on one refuses the
+// text, and another takes no text of more than 64 KiB.
+inline constexpr int idsPerText = 500;
