@@ -1,0 +1,338 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "odbcsession.h"
+
+#include "widetext.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include <unistd.h>
+
+using namespace OdbcProtocol;
+
+namespace {
+
+constexpr std::size_t s_bufferBytes = 64 * 1024;
+
+// What this server's driver says of a single cell, beyond ODBC: the type of the value itself, for the columns
+// of a SPARQL answer hold any. Known as soon as the row is there.
+constexpr SQLSMALLINT s_valueTypeField = 1057;
+enum ValueType : SQLINTEGER {
+    ShortInteger = 188,
+    LongInteger = 189,
+    SingleFloat = 190,
+    DoubleFloat = 191,
+    DateTime = 211,
+    Decimal = 219,
+    WideText = 225,
+    LongWideText = 226,
+    LongLongInteger = 247,
+};
+
+CellType cellTypeOf(SQLINTEGER valueType, std::string_view text)
+{
+    switch (valueType) {
+    case ShortInteger:
+    case LongInteger:
+    case LongLongInteger:
+        return CellType::Integer;
+    case Decimal: // also what is too long for the others
+        return text.find('.') == std::string_view::npos ? CellType::Integer : CellType::Double;
+    case SingleFloat:
+    case DoubleFloat:
+        return CellType::Double;
+    case DateTime:
+        return CellType::DateTime;
+    default:
+        return CellType::Text;
+    }
+}
+
+std::string packagedDriver()
+{
+    for (const char *path : {"/usr/lib/" KESTREL_LIBRARY_ARCHITECTURE "/odbc/virtodbc_r.so",
+                             "/usr/lib64/virtodbc_r.so", "/usr/lib/virtodbc_r.so", "/usr/lib/odbc/virtodbc_r.so",
+                             "/usr/local/lib/virtodbc_r.so"}) {
+        if (access(path, R_OK) == 0)
+            return path;
+    }
+    return {};
+}
+
+bool takeString(std::string_view &bytes, std::string &text)
+{
+    std::uint32_t length = 0;
+    if (bytes.size() < sizeof length)
+        return false;
+    std::memcpy(&length, bytes.data(), sizeof length);
+    bytes.remove_prefix(sizeof length);
+    if (bytes.size() < length)
+        return false;
+    text = bytes.substr(0, length);
+    bytes.remove_prefix(length);
+    return true;
+}
+
+// The driver takes everything up to the next semicolon as the value, braces and quotes included.
+bool isConnectionValue(const std::string &text)
+{
+    return text.find(';') == std::string::npos && text.find('\0') == std::string::npos;
+}
+
+SQLCHAR *characters(const std::string &text)
+{
+    return reinterpret_cast<SQLCHAR *>(const_cast<char *>(text.data()));
+}
+
+void replaceAll(std::string &text, const std::string &what, const std::string &by)
+{
+    if (what.empty())
+        return;
+    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size()))
+        text.replace(at, what.size(), by);
+}
+
+class Statement
+{
+public:
+    explicit Statement(SQLHDBC connection) { SQLAllocHandle(SQL_HANDLE_STMT, connection, &m_handle); }
+    ~Statement() { SQLFreeHandle(SQL_HANDLE_STMT, m_handle); }
+    Statement(const Statement &) = delete;
+    Statement &operator=(const Statement &) = delete;
+
+    [[nodiscard]] SQLHSTMT handle() const { return m_handle; }
+
+private:
+    SQLHSTMT m_handle = SQL_NULL_HSTMT;
+};
+
+} // namespace
+
+bool OdbcLogin::read(std::string_view bytes)
+{
+    if (bytes.size() < sizeof seconds)
+        return false;
+    std::memcpy(&seconds, bytes.data(), sizeof seconds);
+    bytes.remove_prefix(sizeof seconds);
+    return takeString(bytes, driver) && takeString(bytes, server) && takeString(bytes, user)
+        && takeString(bytes, password) && bytes.empty();
+}
+
+OdbcSession::OdbcSession(AnswerWriter &answers, const std::atomic<bool> &cancelled)
+    : m_answers(answers),
+      m_cancelled(cancelled),
+      m_buffer(s_bufferBytes)
+{
+    SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &m_environment);
+    SQLSetEnvAttr(m_environment, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
+}
+
+OdbcSession::~OdbcSession()
+{
+    disconnect();
+    SQLFreeHandle(SQL_HANDLE_ENV, m_environment);
+}
+
+void OdbcSession::setLogin(OdbcLogin login)
+{
+    disconnect();
+    m_login = std::move(login);
+    if (m_login.driver.empty())
+        m_login.driver = packagedDriver();
+}
+
+bool OdbcSession::connect()
+{
+    if (m_login.driver.empty()) {
+        m_answers.failed(Failure::NotReached,
+                         "there is no ODBC driver for Virtuoso servers (virtodbc_r.so, package libvirtodbc0)");
+        return false;
+    }
+    for (const std::string *value : {&m_login.driver, &m_login.server, &m_login.user, &m_login.password}) {
+        if (!isConnectionValue(*value)) {
+            m_answers.failed(Failure::Refused, "the ODBC driver takes no name or password with a semicolon");
+            return false;
+        }
+    }
+    SQLAllocHandle(SQL_HANDLE_DBC, m_environment, &m_connection);
+    SQLSetConnectAttr(m_connection, SQL_ATTR_LOGIN_TIMEOUT,
+                      reinterpret_cast<SQLPOINTER>(std::uintptr_t(m_login.seconds)), 0);
+    std::string how = "DRIVER=" + m_login.driver + ";HOST=" + m_login.server + ";UID=" + m_login.user
+        + ";PWD=" + m_login.password;
+    const SQLRETURN opened = SQLDriverConnect(m_connection, nullptr, characters(how), SQLSMALLINT(how.size()),
+                                              nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
+    explicit_bzero(how.data(), how.size());
+    if (SQL_SUCCEEDED(opened))
+        return true;
+    const Fault fault = faultOf(SQL_HANDLE_DBC, m_connection);
+    SQLFreeHandle(SQL_HANDLE_DBC, m_connection);
+    m_connection = SQL_NULL_HDBC;
+    m_answers.failed(fault.state == "28000" ? Failure::Refused : Failure::NotReached, fault.text);
+    return false;
+}
+
+void OdbcSession::disconnect()
+{
+    if (m_connection == SQL_NULL_HDBC)
+        return;
+    SQLDisconnect(m_connection);
+    SQLFreeHandle(SQL_HANDLE_DBC, m_connection);
+    m_connection = SQL_NULL_HDBC;
+}
+
+// A connection that broke while nobody used it shows that only when it is used. An update must not be what
+// finds out: nobody could say whether it was done.
+bool OdbcSession::stillAnswers()
+{
+    const Statement statement(m_connection);
+    const std::string nothing = "select 1";
+    return SQL_SUCCEEDED(SQLExecDirect(statement.handle(), characters(nothing), SQLINTEGER(nothing.size())));
+}
+
+OdbcSession::Fault OdbcSession::faultOf(SQLSMALLINT type, SQLHANDLE handle) const
+{
+    SQLCHAR state[6] = {};
+    SQLCHAR text[4096] = {};
+    SQLINTEGER number = 0;
+    SQLSMALLINT length = 0;
+    Fault fault;
+    if (SQL_SUCCEEDED(SQLGetDiagRec(type, handle, 1, state, &number, text, sizeof text, &length))) {
+        fault.state = reinterpret_cast<const char *>(state);
+        fault.text = reinterpret_cast<const char *>(text);
+    } else {
+        fault.text = "the ODBC driver gives no reason";
+    }
+    std::replace(fault.text.begin(), fault.text.end(), '\n', ' ');
+    replaceAll(fault.text, m_login.password, "***");
+    return fault;
+}
+
+void OdbcSession::report(const Fault &fault)
+{
+    if (fault.state.starts_with("08") || fault.state == "S2801") {
+        disconnect();
+        m_answers.failed(Failure::Lost, fault.text);
+    } else if (fault.state.starts_with("40") || fault.state == "S1T00") {
+        // Rolled back, for others were in the way.
+        m_answers.failed(Failure::Busy, fault.text);
+    } else {
+        m_answers.failed(Failure::Refused, fault.text);
+    }
+}
+
+void OdbcSession::execute(const std::string &text, bool isUpdate)
+{
+    if (m_connection != SQL_NULL_HDBC && !stillAnswers())
+        disconnect();
+    if (m_connection == SQL_NULL_HDBC && !connect())
+        return;
+    m_answers.started();
+    const Statement statement(m_connection);
+    // Braces are SPARQL's here, and not the escapes of ODBC.
+    SQLSetStmtAttr(statement.handle(), SQL_ATTR_NOSCAN, reinterpret_cast<SQLPOINTER>(SQL_NOSCAN_ON), 0);
+    const std::string sql = "SPARQL " + text;
+    const SQLRETURN executed = SQLExecDirect(statement.handle(), characters(sql), SQLINTEGER(sql.size()));
+    if (!SQL_SUCCEEDED(executed) && executed != SQL_NO_DATA) {
+        report(faultOf(SQL_HANDLE_STMT, statement.handle()));
+        return;
+    }
+    if (isUpdate) {
+        m_answers.done();
+        return;
+    }
+    SQLSMALLINT columns = 0;
+    SQLNumResultCols(statement.handle(), &columns);
+    m_answers.columns(std::uint32_t(std::max<SQLSMALLINT>(columns, 0)));
+    if (sendRows(statement.handle(), columns))
+        m_answers.done();
+    else
+        report(faultOf(SQL_HANDLE_STMT, statement.handle()));
+}
+
+bool OdbcSession::sendRows(SQLHSTMT statement, SQLSMALLINT columns)
+{
+    SQLHDESC row = SQL_NULL_HDESC;
+    if (!SQL_SUCCEEDED(SQLGetStmtAttr(statement, SQL_ATTR_IMP_ROW_DESC, &row, SQL_IS_POINTER, nullptr)))
+        return false;
+    while (!m_cancelled) {
+        const SQLRETURN fetched = SQLFetch(statement);
+        if (fetched == SQL_NO_DATA)
+            return true;
+        if (!SQL_SUCCEEDED(fetched))
+            return false;
+        for (SQLSMALLINT column = 1; column <= columns; ++column) {
+            if (!sendCell(statement, row, SQLUSMALLINT(column)))
+                return false;
+        }
+    }
+    return true;
+}
+
+bool OdbcSession::sendCell(SQLHSTMT statement, SQLHDESC row, SQLUSMALLINT column)
+{
+    SQLINTEGER valueType = 0;
+    SQLGetDescField(row, SQLSMALLINT(column), s_valueTypeField, &valueType, SQL_IS_INTEGER, nullptr);
+    const bool isWide = valueType == WideText || valueType == LongWideText;
+    bool isNull = false;
+    const SQLRETURN got
+        = isWide ? readWideText(statement, column, isNull) : readText(statement, column, isNull);
+    if (!SQL_SUCCEEDED(got))
+        return false;
+    if (isNull) {
+        m_answers.cell(CellType::Unbound, {});
+        return true;
+    }
+    const CellType type = cellTypeOf(valueType, m_text);
+    constexpr std::size_t endOfDate = 10;
+    if (type == CellType::DateTime && m_text.size() > endOfDate && m_text[endOfDate] == ' ')
+        m_text[endOfDate] = 'T';
+    m_answers.cell(type, m_text);
+    return true;
+}
+
+// What the store holds is UTF-8, and comes as it stands.
+SQLRETURN OdbcSession::readText(SQLHSTMT statement, SQLUSMALLINT column, bool &isNull)
+{
+    m_text.clear();
+    for (;;) {
+        SQLLEN length = 0;
+        const SQLRETURN got = SQLGetData(statement, column, SQL_C_CHAR, m_buffer.data(),
+                                         SQLLEN(m_buffer.size()), &length);
+        if (got == SQL_NO_DATA)
+            return SQL_SUCCESS;
+        if (!SQL_SUCCEEDED(got))
+            return got;
+        isNull = length == SQL_NULL_DATA;
+        if (isNull)
+            return got;
+        // Cut short, the buffer is full but for the NUL at its end.
+        const bool isWhole = length >= 0 && std::size_t(length) < m_buffer.size();
+        m_text.append(m_buffer.data(), isWhole ? std::size_t(length) : m_buffer.size() - 1);
+        if (isWhole)
+            return got;
+    }
+}
+
+// What the server computed, or took over from the text of the query, has characters of four bytes.
+SQLRETURN OdbcSession::readWideText(SQLHSTMT statement, SQLUSMALLINT column, bool &isNull)
+{
+    m_text.clear();
+    for (;;) {
+        SQLLEN length = 0;
+        const SQLRETURN got = SQLGetData(statement, column, SQL_C_WCHAR, m_buffer.data(),
+                                         SQLLEN(m_buffer.size()), &length);
+        if (got == SQL_NO_DATA)
+            return SQL_SUCCESS;
+        if (!SQL_SUCCEEDED(got))
+            return got;
+        isNull = length == SQL_NULL_DATA;
+        if (isNull)
+            return got;
+        const std::size_t room = m_buffer.size() - sizeof(char32_t);
+        const bool isWhole = length >= 0 && std::size_t(length) <= room;
+        appendUtf8(m_text, std::string_view(m_buffer.data(), isWhole ? std::size_t(length) : room));
+        if (isWhole)
+            return got;
+    }
+}
