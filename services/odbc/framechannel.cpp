@@ -37,8 +37,7 @@ bool readAll(int descriptor, char *to, std::size_t bytes)
     return true;
 }
 
-template <class Value>
-std::string_view bytesOf(const Value &value)
+template <class Value> std::string_view bytesOf(const Value &value)
 {
     return {reinterpret_cast<const char *>(&value), sizeof value};
 }
@@ -99,8 +98,7 @@ void AnswerWriter::failed(Failure failure, std::string_view text)
 void AnswerWriter::write(Answer kind, std::string_view bytes) const
 {
     Header header{std::uint32_t(kind), std::uint32_t(bytes.size())};
-    std::array<iovec, 2> parts{
-        {{&header, sizeof header}, {const_cast<char *>(bytes.data()), bytes.size()}}};
+    std::array<iovec, 2> parts{{{&header, sizeof header}, {const_cast<char *>(bytes.data()), bytes.size()}}};
     std::size_t part = 0;
     while (part < parts.size()) {
         ssize_t written = writev(m_descriptor, &parts[part], int(parts.size() - part));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// kestrel-odbc: speaks to one Virtuoso server for the application. ODBC blocks, and what is loaded for it is a
-// driver of somebody else's: it does both in a process of its own. Requests come by standard input and answers
-// go to standard output, as odbcprotocol.h has them; it ends with its input.
+// kestrel-odbc: speaks to one Virtuoso server for the application. ODBC blocks, and what is loaded for it is
+// a driver of somebody else's: it does both in a process of its own. Requests come by standard input and
+// answers go to standard output, as odbcprotocol.h has them; it ends with its input.
 #include "odbcsession.h"
 
 #include <condition_variable>

@@ -51,9 +51,9 @@ CellType cellTypeOf(SQLINTEGER valueType, std::string_view text)
 
 std::string packagedDriver()
 {
-    for (const char *path : {"/usr/lib/" KESTREL_LIBRARY_ARCHITECTURE "/odbc/virtodbc_r.so",
-                             "/usr/lib64/virtodbc_r.so", "/usr/lib/virtodbc_r.so", "/usr/lib/odbc/virtodbc_r.so",
-                             "/usr/local/lib/virtodbc_r.so"}) {
+    for (const char *path :
+         {"/usr/lib/" KESTREL_LIBRARY_ARCHITECTURE "/odbc/virtodbc_r.so", "/usr/lib64/virtodbc_r.so",
+          "/usr/lib/virtodbc_r.so", "/usr/lib/odbc/virtodbc_r.so", "/usr/local/lib/virtodbc_r.so"}) {
         if (access(path, R_OK) == 0)
             return path;
     }
@@ -145,8 +145,9 @@ void OdbcSession::setLogin(OdbcLogin login)
 bool OdbcSession::connect()
 {
     if (m_login.driver.empty()) {
-        m_answers.failed(Failure::NotReached,
-                         "there is no ODBC driver for Virtuoso servers (virtodbc_r.so, package libvirtodbc0)");
+        m_answers.failed(
+            Failure::NotReached,
+            "there is no ODBC driver for Virtuoso servers (virtodbc_r.so, package libvirtodbc0)");
         return false;
     }
     for (const std::string *value : {&m_login.driver, &m_login.server, &m_login.user, &m_login.password}) {
@@ -297,8 +298,8 @@ SQLRETURN OdbcSession::readText(SQLHSTMT statement, SQLUSMALLINT column, bool &i
     m_text.clear();
     for (;;) {
         SQLLEN length = 0;
-        const SQLRETURN got = SQLGetData(statement, column, SQL_C_CHAR, m_buffer.data(),
-                                         SQLLEN(m_buffer.size()), &length);
+        const SQLRETURN got
+            = SQLGetData(statement, column, SQL_C_CHAR, m_buffer.data(), SQLLEN(m_buffer.size()), &length);
         if (got == SQL_NO_DATA)
             return SQL_SUCCESS;
         if (!SQL_SUCCEEDED(got))
@@ -320,8 +321,8 @@ SQLRETURN OdbcSession::readWideText(SQLHSTMT statement, SQLUSMALLINT column, boo
     m_text.clear();
     for (;;) {
         SQLLEN length = 0;
-        const SQLRETURN got = SQLGetData(statement, column, SQL_C_WCHAR, m_buffer.data(),
-                                         SQLLEN(m_buffer.size()), &length);
+        const SQLRETURN got
+            = SQLGetData(statement, column, SQL_C_WCHAR, m_buffer.data(), SQLLEN(m_buffer.size()), &length);
         if (got == SQL_NO_DATA)
             return SQL_SUCCESS;
         if (!SQL_SUCCEEDED(got))

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-// What goes between the driver for Virtuoso servers and its helper program, by the helper's standard input and
-// output. Both are built together and run on one machine, so the integers are native. A frame is a Header and
-// its bytes. The driver trusts nothing that comes back: see odbcreplyparser.h.
+// What goes between the driver for Virtuoso servers and its helper program, by the helper's standard input
+// and output. Both are built together and run on one machine, so the integers are native. A frame is a Header
+// and its bytes. The driver trusts nothing that comes back: see odbcreplyparser.h.
 namespace OdbcProtocol {
 
 // What a helper may say in one frame, and the longest value of a cell with it. More is broken.
@@ -18,8 +18,8 @@ enum class Request : std::uint32_t {
     Cancel = 4, // the statement under way is no longer wanted; it is answered all the same
 };
 
-// A query is answered by Started, Columns, any number of Cells and Done; an update by Started and Done. Failed
-// may come instead of each, and is the last.
+// A query is answered by Started, Columns, any number of Cells and Done; an update by Started and Done.
+// Failed may come instead of each, and is the last.
 enum class Answer : std::uint32_t {
     Started = 11, // the server is about to see the statement
     Columns = 12, // how many (32 bits)

@@ -12,8 +12,7 @@ namespace {
 
 constexpr quint32 s_mostColumns = 1024;
 
-template <class Value>
-std::optional<Value> valueAt(QByteArrayView bytes)
+template <class Value> std::optional<Value> valueAt(QByteArrayView bytes)
 {
     Value value;
     if (bytes.size() < qsizetype(sizeof value))
@@ -100,7 +99,8 @@ OdbcReplyParser::State OdbcReplyParser::frame(quint32 kind, QByteArrayView bytes
 bool OdbcReplyParser::columns(QByteArrayView bytes)
 {
     const std::optional<quint32> count = valueAt<quint32>(bytes);
-    if (!m_isStarted || m_isUpdate || m_hasColumns || bytes.size() != sizeof(quint32) || *count > s_mostColumns)
+    if (!m_isStarted || m_isUpdate || m_hasColumns || bytes.size() != sizeof(quint32)
+        || *count > s_mostColumns)
         return false;
     m_hasColumns = true;
     if (m_rows.columns() == 0)

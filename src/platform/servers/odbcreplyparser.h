@@ -11,8 +11,8 @@
 
 class ResourceIds;
 
-// The answer of the helper program to one statement, out of pieces as they come. Believes nothing: whatever is
-// not as it should be is Invalid.
+// The answer of the helper program to one statement, out of pieces as they come. Believes nothing: whatever
+// is not as it should be is Invalid.
 class OdbcReplyParser
 {
 public:

@@ -147,12 +147,13 @@ void TestOdbcChannel::parserReadsWhatIsWritten()
 void TestOdbcChannel::readsALogin()
 {
     const auto text = [](const QByteArray &utf8) { return bytesOf(quint32(utf8.size())) + utf8; };
-    const QByteArray bytes
-        = bytesOf(quint32(30)) + text("driver.so") + text("archive.example:1111") + text("jo") + text("gehéim");
+    const QByteArray bytes = bytesOf(quint32(30)) + text("driver.so") + text("archive.example:1111")
+        + text("jo") + text("gehéim");
     OdbcLogin login;
     QVERIFY(login.read({bytes.constData(), size_t(bytes.size())}));
     QCOMPARE(login.seconds, 30u);
-    QCOMPARE(QByteArray::fromStdString(login.driver + '|' + login.server + '|' + login.user + '|' + login.password),
+    QCOMPARE(QByteArray::fromStdString(login.driver + '|' + login.server + '|' + login.user + '|'
+                                       + login.password),
              QByteArray("driver.so|archive.example:1111|jo|gehéim"));
 }
 

@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "odbcprocess.h"
+
+#include "credentials.h"
+#include "resourceids.h"
+#include "serversettings.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+
+#include <csignal>
+
+#include <strings.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace OdbcProtocol;
+
+namespace {
+
+// A helper looks whether it goes on between two rows. One that waits for the server does not.
+constexpr std::chrono::milliseconds s_cancelPatience{1000};
+
+template <class Value> void appendValue(QByteArray &bytes, const Value &value)
+{
+    bytes.append(reinterpret_cast<const char *>(&value), sizeof value);
+}
+
+void appendText(QByteArray &bytes, const QString &text)
+{
+    QByteArray utf8 = text.toUtf8();
+    appendValue(bytes, quint32(utf8.size()));
+    bytes.append(utf8);
+    explicit_bzero(utf8.data(), size_t(utf8.size()));
+}
+
+OdbcProcess::Ending endingOf(Failure failure)
+{
+    switch (failure) {
+    case Failure::NotReached:
+        return OdbcProcess::Ending::NotReached;
+    case Failure::Refused:
+        return OdbcProcess::Ending::Refused;
+    case Failure::Busy:
+        return OdbcProcess::Ending::Busy;
+    case Failure::Lost:
+        break;
+    }
+    return OdbcProcess::Ending::Lost;
+}
+
+QProcessEnvironment helperEnvironment()
+{
+    // What the driver manager finds its list of drivers by, and nothing that a session has in store.
+    QProcessEnvironment environment;
+    environment.insert(u"LANG"_s, u"C.UTF-8"_s);
+    for (const QString &name : {u"HOME"_s, u"PATH"_s, u"LD_LIBRARY_PATH"_s, u"ODBCINI"_s, u"ODBCSYSINI"_s,
+                                u"ODBCINSTINI"_s, u"ASAN_OPTIONS"_s, u"LSAN_OPTIONS"_s, u"UBSAN_OPTIONS"_s}) {
+        if (qEnvironmentVariableIsSet(name.toLatin1()))
+            environment.insert(name, qEnvironmentVariable(name.toLatin1()));
+    }
+    return environment;
+}
+
+} // namespace
+
+QString odbcProgram()
+{
+    const QString set = qEnvironmentVariable("KESTREL_ODBC_PROGRAM");
+    if (!set.isEmpty())
+        return set;
+    const QString name = u"kestrel-odbc"_s;
+    for (const QString &folder :
+         {QCoreApplication::applicationDirPath(), QCoreApplication::applicationDirPath() + u"/../bin"_s}) {
+        const QFileInfo beside(folder + u'/' + name);
+        if (beside.isExecutable())
+            return beside.canonicalFilePath();
+    }
+    return QStringLiteral(KESTREL_LIBEXEC_DIR "/") + name;
+}
+
+OdbcProcess::OdbcProcess(const QString &program, const ServerSettings &settings, const Login &login,
+                         QObject *parent)
+    : QObject(parent),
+      m_timeout(settings.timeout),
+      m_process(this),
+      m_silence(this)
+{
+    m_sinceAnswer.start();
+    m_silence.setSingleShot(true);
+    connect(&m_silence, &QTimer::timeout, this, [this] {
+        kill(Ending::Silent, u"the server says nothing for %1 s"_s.arg(m_timeout.count() / 1000.0));
+    });
+    connect(&m_process, &QProcess::readyReadStandardOutput, this, &OdbcProcess::read);
+    connect(&m_process, &QProcess::finished, this, &OdbcProcess::processEnded);
+    connect(
+        &m_process, &QProcess::errorOccurred, this,
+        [this](QProcess::ProcessError error) {
+            if (error == QProcess::FailedToStart)
+                processEnded();
+        },
+        Qt::QueuedConnection);
+    m_process.setChildProcessModifier([parent = getpid()] {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (getppid() != parent)
+            _exit(1); // it ended before that was set
+    });
+    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process.setProcessEnvironment(helperEnvironment());
+    m_process.start(program, QStringList());
+
+    QByteArray open;
+    appendValue(open, quint32(settings.timeout.count()));
+    for (const QString &text : {settings.odbcDriver, settings.odbcServer, login.user, login.password})
+        appendText(open, text);
+    send(Request::Open, open);
+    explicit_bzero(open.data(), size_t(open.size()));
+}
+
+OdbcProcess::~OdbcProcess()
+{
+    m_process.disconnect(this);
+    if (m_process.state() != QProcess::NotRunning) {
+        m_process.kill();
+        m_process.waitForFinished(1000);
+    }
+}
+
+void OdbcProcess::send(Request kind, const QByteArray &bytes)
+{
+    if (m_process.state() == QProcess::NotRunning)
+        return; // its end is about to be noticed
+    const Header header{quint32(kind), quint32(bytes.size())};
+    m_process.write(reinterpret_cast<const char *>(&header), sizeof header);
+    m_process.write(bytes);
+}
+
+void OdbcProcess::query(const QString &text, const QList<int> &idColumns, RowTable rows)
+{
+    ask(Request::Query, text, OdbcReplyParser(false, idColumns, ResourceIds::shared(), std::move(rows)));
+}
+
+void OdbcProcess::update(const QString &text)
+{
+    ask(Request::Update, text, OdbcReplyParser(true, {}, ResourceIds::shared()));
+}
+
+void OdbcProcess::ask(Request kind, const QString &text, OdbcReplyParser parser)
+{
+    m_parser.emplace(std::move(parser));
+    m_silence.start(m_timeout);
+    send(kind, text.toUtf8());
+}
+
+void OdbcProcess::cancel()
+{
+    if (!m_parser)
+        return;
+    send(Request::Cancel, {});
+    m_silence.start(s_cancelPatience);
+}
+
+void OdbcProcess::retire()
+{
+    m_state = State::Ending;
+    m_process.closeWriteChannel();
+}
+
+void OdbcProcess::read()
+{
+    const QByteArray bytes = m_process.readAllStandardOutput();
+    if (bytes.isEmpty() || m_verdict)
+        return;
+    if (!m_parser) {
+        kill(Ending::Lost, u"kestrel-odbc spoke without being asked"_s);
+        return;
+    }
+    m_silence.start();
+    switch (m_parser->feed(bytes)) {
+    case OdbcReplyParser::State::Incomplete:
+        return;
+    case OdbcReplyParser::State::Invalid:
+        kill(Ending::Lost, u"the answer of kestrel-odbc is malformed"_s);
+        return;
+    case OdbcReplyParser::State::Failed:
+        finish({endingOf(m_parser->failure()), {}, m_parser->error()});
+        return;
+    case OdbcReplyParser::State::Done:
+        finish({Ending::Answered, m_parser->takeRows(), {}});
+        return;
+    }
+}
+
+void OdbcProcess::kill(Ending ending, const QString &error)
+{
+    if (m_verdict)
+        return;
+    m_silence.stop();
+    m_state = State::Ending;
+    m_verdict = Outcome{ending, {}, error};
+    m_process.kill();
+}
+
+void OdbcProcess::processEnded()
+{
+    if (m_state == State::Ended)
+        return;
+    m_state = State::Ended;
+    read(); // what it said last still counts
+    if (m_parser) {
+        const bool hasStarted = m_parser->isStarted();
+        Outcome outcome = m_verdict.value_or(Outcome{Ending::Lost, {}, u"kestrel-odbc ended"_s});
+        if (m_process.error() == QProcess::FailedToStart)
+            outcome.error = u"kestrel-odbc does not start: "_s + m_process.errorString();
+        if (!hasStarted)
+            outcome.ending = Ending::NotReached;
+        finish(std::move(outcome));
+    }
+    Q_EMIT ended();
+}
+
+void OdbcProcess::finish(Outcome outcome)
+{
+    m_silence.stop();
+    m_sinceAnswer.restart();
+    m_parser.reset();
+    m_outcome = std::move(outcome);
+    Q_EMIT finished();
+}
