@@ -1,8 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "credentials.h"
 
+#include "credentialsfile.h"
+#include "secretlookup.h"
+#include "serverslog.h"
+
+#include <QFutureWatcher>
+#include <QPromise>
 #include <QStandardPaths>
 #include <QTimer>
+
+#include <memory>
+#include <thread>
+#include <utility>
 
 #include <strings.h>
 
@@ -23,22 +33,84 @@ Credentials::Credentials(QObject *parent)
 {
 }
 
-Credentials::Credentials(const QDBusConnection &session, const QString &file, QObject *parent)
+Credentials::Credentials(const QDBusConnection &session, const QString &file, QObject *parent,
+                         const SecretPatience &patience)
     : QObject(parent),
       m_session(session),
-      m_file(file)
+      m_file(file),
+      m_patience(patience)
 {
 }
 
+Credentials::~Credentials() = default;
+
 void Credentials::find(const QString &server, const QString &user, std::function<void(Login)> done)
 {
-    Q_UNUSED(server)
-    Q_UNUSED(user)
-    QTimer::singleShot(0, this, [done = std::move(done)] { done({}); });
+    m_requests.push_back({server, user, std::move(done)});
+    if (m_requests.size() == 1)
+        QTimer::singleShot(0, this, &Credentials::next);
+}
+
+void Credentials::next()
+{
+    const Request &request = m_requests.front();
+    if (!m_session.isConnected()) {
+        askFile();
+        return;
+    }
+    auto *lookup = new SecretLookup(m_session, request.server, request.user, m_patience, this);
+    connect(lookup, &SecretLookup::found, this,
+            [this](const Login &login) { finish(login, "the secret service"); });
+    connect(lookup, &SecretLookup::nothing, this, &Credentials::askFile);
+    connect(lookup, &SecretLookup::failed, this, [this](const QString &why) {
+        qCWarning(serversLog, "the secret service is of no use: %ls", qUtf16Printable(why));
+        askFile();
+    });
+    connect(lookup, &SecretLookup::withheld, this, [this](const QString &why) {
+        m_mayAsk = false;
+        finish({{},
+                {},
+                u"the password of %1 is in the secret service: %2"_s.arg(m_requests.front().server, why)},
+               "the secret service");
+    });
+    lookup->start(m_mayAsk);
+}
+
+// On a thread of its own, which nothing waits for: the home may be on a network that is away.
+void Credentials::askFile()
+{
+    const Request &request = m_requests.front();
+    auto promise = std::make_shared<QPromise<Login>>();
+    auto *watcher = new QFutureWatcher<Login>(this);
+    connect(watcher, &QFutureWatcher<Login>::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        finish(watcher->future().takeResult(), "the file");
+    });
+    promise->start();
+    watcher->setFuture(promise->future());
+    std::thread([promise, file = m_file, server = request.server, user = request.user] {
+        promise->addResult(loginFromFile(file, server, user));
+        promise->finish();
+    }).detach();
+}
+
+void Credentials::finish(Login login, const char *source)
+{
+    const Request request = std::move(m_requests.front());
+    m_requests.pop_front();
+    if (!login.error.isEmpty())
+        qCWarning(serversLog, "%ls", qUtf16Printable(login.error));
+    else if (!login.user.isEmpty())
+        qCInfo(serversLog, "%ls: logging on as %ls, who comes from %s", qUtf16Printable(request.server),
+               qUtf16Printable(login.user), source);
+    if (!m_requests.empty())
+        QTimer::singleShot(0, this, &Credentials::next);
+    request.done(std::move(login));
 }
 
 QString Credentials::serverOf(const QUrl &address)
 {
     const int usual = address.scheme() == "https"_L1 ? 443 : 80;
-    return u"%1:%2"_s.arg(address.host(QUrl::FullyEncoded).toLower()).arg(address.port(usual));
+    const QString host = address.host(QUrl::FullyEncoded).toLower();
+    return (host.contains(u':') ? u"[%1]:%2"_s : u"%1:%2"_s).arg(host).arg(address.port(usual));
 }
