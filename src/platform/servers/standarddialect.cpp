@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "standarddialect.h"
 
+#include "idfilter.h"
+#include "standardprojection.h"
+
 #include <platform/sparql/fileuri.h>
 #include <platform/sparql/sparqlrewriting.h>
 
 #include <QHash>
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <iterator>
@@ -42,125 +44,12 @@ QString bracketed(const QString &iri)
     return u'<' + iri + u'>';
 }
 
-// Relative IRIs are completed by each server in its own way.
-bool isWholeIri(const QString &token)
-{
-    static const QRegularExpression scheme(u"^<[A-Za-z][A-Za-z0-9+.-]*:"_s);
-    return scheme.match(token).hasMatch() && sparql::legalIri(token) == token;
-}
-
-bool isWord(const Tokens &tokens, qsizetype at, QLatin1StringView word)
-{
-    return at < tokens.size() && tokens[at].kind == Kind::Word && tokens[at].text == word;
-}
-
-bool isKeyword(const Tokens &tokens, qsizetype at, QStringView word)
-{
-    return at < tokens.size() && tokens[at].isKeyword(word);
-}
-
-bool isSign(const Tokens &tokens, qsizetype at, char16_t sign)
-{
-    return at < tokens.size() && tokens[at].isSign(sign);
-}
-
-// A name for a new variable, with its '?'.
-QString freeVariable(const Tokens &tokens, QString name)
-{
-    const QHash<QString, int> taken = sparql::variableCounts(tokens);
-    while (taken.contains(name))
-        name += u'x';
-    return u'?' + name;
-}
-
 // The first brace of a query: where its pattern begins.
 qsizetype patternStart(const Tokens &tokens)
 {
     const auto brace = std::find_if(tokens.begin(), tokens.end(),
                                     [](const sparql::Token &token) { return token.isSign(u'{'); });
     return brace - tokens.begin();
-}
-
-// The brace of the innermost group that holds `at`.
-qsizetype groupStart(const Tokens &tokens, qsizetype at)
-{
-    int depth = 0;
-    for (qsizetype i = at - 1; i >= 0; --i) {
-        if (tokens[i].isSign(u'}'))
-            ++depth;
-        else if (tokens[i].isSign(u'{') && --depth < 0)
-            return i;
-    }
-    return -1;
-}
-
-void insertBehind(Tokens &tokens, qsizetype at, const QString &text)
-{
-    const Tokens inserted = sparql::tokensOf(text);
-    for (qsizetype i = 0; i < inserted.size(); ++i)
-        tokens.insert(at + 1 + i, inserted[i]);
-}
-
-// FILTER(tracker:id(?x) IN (1,2,3)).
-struct IdFilter
-{
-    qsizetype first = 0;
-    qsizetype last = 0;
-    QString variable;
-    QStringList iris; // with brackets, each once
-};
-
-// Resources with these numbers whose IRIs can be written into a text.
-QStringList irisOf(const QString &numbers, const ResourceIds &ids)
-{
-    QStringList iris;
-    QSet<int> seen;
-    for (const QString &number : numbers.split(u',')) {
-        const int id = number.toInt();
-        const QString iri = bracketed(ids.iriOf(id));
-        if (!isWholeIri(iri) || seen.contains(id))
-            continue;
-        seen.insert(id);
-        iris.append(iri);
-    }
-    return iris;
-}
-
-std::optional<IdFilter> idFilterAt(const Tokens &tokens, qsizetype from, const ResourceIds &ids)
-{
-    Tokens words;
-    const qsizetype open = sparql::significant(tokens, from + 1);
-    const qsizetype close = sparql::closingSign(tokens, open, u'(', u')');
-    for (qsizetype i = open; i <= close; ++i) {
-        if (tokens[i].kind != Kind::Space)
-            words.append(tokens[i]);
-    }
-    // ( tracker:id ( ?x ) IN ( .. ) )
-    if (!isWord(words, 1, "tracker:id"_L1) || !isSign(words, 2, u'(') || !isSign(words, 4, u')')
-        || !isKeyword(words, 5, u"IN") || !isSign(words, 6, u'(')
-        || sparql::closingSign(words, 6, u'(', u')') != words.size() - 2)
-        return {};
-    return IdFilter{from, close, words[3].text,
-                    irisOf(sparql::textOf(words.sliced(7, words.size() - 9)), ids)};
-}
-
-std::optional<IdFilter> idFilter(const Tokens &tokens, const ResourceIds &ids)
-{
-    for (qsizetype i = 0; i < tokens.size(); ++i) {
-        if (!tokens[i].isKeyword(u"FILTER"))
-            continue;
-        if (const std::optional<IdFilter> filter = idFilterAt(tokens, i, ids))
-            return filter;
-    }
-    return {};
-}
-
-// A server that begins with the IRIs looks them up; one that comes to them last may look at everything.
-void beginWithIris(Tokens &tokens, const IdFilter &filter, const QStringList &iris)
-{
-    tokens.remove(filter.first, filter.last - filter.first + 1);
-    insertBehind(tokens, groupStart(tokens, filter.first),
-                 u" VALUES %1 { %2 }"_s.arg(filter.variable, iris.join(u' ')));
 }
 
 // Every way in which data hold an address.
@@ -171,7 +60,7 @@ QStringList addressForms(const QString &address)
         const QString literal = sparql::stringToken(spelling);
         const QString iri = sparql::legalIri(bracketed(spelling));
         forms << literal << literal + u"^^xsd:string"_s << literal + u"^^xsd:anyURI"_s;
-        if (isWholeIri(iri))
+        if (sparql::isAbsoluteIri(iri))
             forms << iri;
     }
     forms.removeDuplicates();
@@ -181,18 +70,19 @@ QStringList addressForms(const QString &address)
 // The string after nie:url at `at` becomes a variable with every form of the address.
 void findEveryForm(Tokens &tokens, qsizetype at)
 {
-    const QString variable = freeVariable(tokens, u"address"_s);
+    const QString variable = sparql::freeVariable(tokens, u"address"_s);
     const QStringList forms = addressForms(sparql::stringContent(tokens[at].text));
     tokens[at] = {Kind::Variable, variable};
-    insertBehind(tokens, groupStart(tokens, at), u" VALUES %1 { %2 }"_s.arg(variable, forms.join(u' ')));
+    sparql::replaceTokens(tokens, sparql::groupStart(tokens, at) + 1, 0,
+                          u" VALUES %1 { %2 }"_s.arg(variable, forms.join(u' ')));
 }
 
 // One resource that matches two forms, or a server to which two forms are the same: one row all the same.
 void makeDistinct(Tokens &tokens)
 {
     const qsizetype select = sparql::significant(tokens, 0);
-    if (isKeyword(tokens, select, u"SELECT"))
-        insertBehind(tokens, select, u" DISTINCT"_s);
+    if (sparql::isKeywordAt(tokens, select, u"SELECT"))
+        sparql::replaceTokens(tokens, select + 1, 0, u" DISTINCT"_s);
 }
 
 bool adaptAddresses(Tokens &tokens)
@@ -202,67 +92,15 @@ bool adaptAddresses(Tokens &tokens)
     for (qsizetype i = 0; i < tokens.size(); ++i) {
         if (tokens[i].kind == Kind::Space)
             continue;
-        if (afterUrl && tokens[i].kind == Kind::String && groupStart(tokens, i) >= 0) {
+        if (afterUrl && tokens[i].kind == Kind::String && sparql::groupStart(tokens, i) >= 0) {
             findEveryForm(tokens, i);
             found = true;
         }
-        afterUrl = isWord(tokens, i, "nie:url"_L1);
+        afterUrl = sparql::isWordAt(tokens, i, "nie:url"_L1);
     }
     if (found)
         makeDistinct(tokens);
     return found;
-}
-
-// tracker:id(..) or tracker:coalesce(..) at `at`, with the name that may follow: one column in brackets.
-// Gives the index behind it.
-qsizetype adaptCall(Tokens &tokens, qsizetype at, int column)
-{
-    const qsizetype open = sparql::significant(tokens, at + 1);
-    const qsizetype close = sparql::closingSign(tokens, open, u'(', u')');
-    if (close < 0)
-        return at + 1;
-    qsizetype end = close + 1;
-    QString name = freeVariable(tokens, u"id"_s + QString::number(column));
-    if (const qsizetype as = sparql::significant(tokens, end); isKeyword(tokens, as, u"AS")) {
-        const qsizetype variable = sparql::significant(tokens, as + 1);
-        if (variable < tokens.size() && tokens[variable].kind == Kind::Variable) {
-            name = tokens[variable].text;
-            end = variable + 1;
-        }
-    }
-    const bool isId = tokens[at].text == "tracker:id"_L1;
-    const Tokens argument
-        = isId ? tokens.sliced(open + 1, close - open - 1) : tokens.sliced(open, close - open + 1);
-    const Tokens call = sparql::tokensOf(isId ? u"("_s : u"(COALESCE"_s) + argument
-        + sparql::tokensOf(u" AS %1)"_s.arg(name));
-    tokens.remove(at, end - at);
-    for (qsizetype i = 0; i < call.size(); ++i)
-        tokens.insert(at + i, call[i]);
-    return at + call.size();
-}
-
-// Gives the columns that hold IRIs for numbers.
-QList<int> adaptProjection(Tokens &tokens)
-{
-    QList<int> idColumns;
-    int column = 0;
-    qsizetype at = sparql::significant(tokens, 0);
-    if (!isKeyword(tokens, at, u"SELECT"))
-        return {};
-    for (++at; at < tokens.size() && !tokens[at].isSign(u'{'); ++at) {
-        const bool isId = isWord(tokens, at, "tracker:id"_L1);
-        if (isId || isWord(tokens, at, "tracker:coalesce"_L1)) {
-            if (isId)
-                idColumns.append(column);
-            at = adaptCall(tokens, at, column) - 1;
-        } else if (tokens[at].isSign(u'(')) {
-            at = std::max(at, sparql::closingSign(tokens, at, u'(', u')'));
-        } else if (tokens[at].kind != Kind::Variable) {
-            continue;
-        }
-        ++column;
-    }
-    return idColumns;
 }
 
 void leaveOutUnboundOrder(Tokens &tokens)
@@ -271,8 +109,9 @@ void leaveOutUnboundOrder(Tokens &tokens)
     for (qsizetype i = 0; i < tokens.size(); ++i) {
         const qsizetype by = sparql::significant(tokens, i + 1);
         const qsizetype variable = sparql::significant(tokens, by + 1);
-        if (!tokens[i].isKeyword(u"ORDER") || !isKeyword(tokens, by, u"BY") || variable >= tokens.size()
-            || tokens[variable].kind != Kind::Variable || counts.value(tokens[variable].text.sliced(1)) > 1)
+        if (!tokens[i].isKeyword(u"ORDER") || !sparql::isKeywordAt(tokens, by, u"BY")
+            || variable >= tokens.size() || tokens[variable].kind != Kind::Variable
+            || counts.value(tokens[variable].text.sliced(1)) > 1)
             continue;
         tokens.remove(i, variable - i + 1);
         return;
@@ -288,7 +127,7 @@ void restrictToGraph(Tokens &tokens, const QString &graph)
         if (tokens[i].isKeyword(u"WHERE"))
             at = i;
     }
-    insertBehind(tokens, at - 1, u"FROM %1 "_s.arg(bracketed(graph)));
+    sparql::replaceTokens(tokens, at, 0, u"FROM %1 "_s.arg(bracketed(graph)));
 }
 
 // A position goes in as a number, for others who read the data. What is no number stays what it is.
@@ -296,7 +135,8 @@ void writePositionAsNumber(Tokens &tokens)
 {
     for (qsizetype i = 0; i < tokens.size(); ++i) {
         const qsizetype value = sparql::significant(tokens, i + 1);
-        if (!isWord(tokens, i, positionName) || value >= tokens.size() || tokens[value].kind != Kind::String)
+        if (!sparql::isWordAt(tokens, i, positionName) || value >= tokens.size()
+            || tokens[value].kind != Kind::String)
             continue;
         bool isNumber = false;
         const qulonglong number = sparql::stringContent(tokens[value].text).toULongLong(&isNumber);
@@ -374,7 +214,7 @@ StandardStatement adaptUpdate(Tokens tokens, const StandardDialectOptions &optio
         statement.action = StandardStatement::Action::Drop;
         return statement;
     }
-    if (!std::all_of(statement.iris.begin(), statement.iris.end(), isWholeIri))
+    if (!std::all_of(statement.iris.begin(), statement.iris.end(), sparql::isAbsoluteIri))
         return refused(u"the update names an identifier that cannot be"_s);
     std::optional<sparql::OldUpdate> update = sparql::oldUpdate(tokens);
     const Tokens where = update ? condition(*update) : Tokens();
@@ -403,7 +243,9 @@ StandardStatement adaptSelect(Tokens tokens, const StandardDialectOptions &optio
     static_cast<void>(sparql::canonicalizeWords(tokens));
     sparql::leaveOutUnrelatedOptionals(tokens);
     leaveOutUnboundOrder(tokens);
-    statement.idColumns = adaptProjection(tokens);
+    const StandardProjection projection = adaptProjection(tokens);
+    statement.idColumns = projection.idColumns;
+    statement.isOneRowEach = projection.namesResource;
     restrictToGraph(tokens, options.graph);
     const std::optional<IdFilter> filter = idFilter(tokens, ids);
     if (!filter) {
@@ -428,9 +270,9 @@ StandardStatement adaptSelect(Tokens tokens, const StandardDialectOptions &optio
 StandardStatement adaptToStandard(const SparqlQuery &query, const StandardDialectOptions &options,
                                   ResourceIds &ids)
 {
-    if (!options.graph.isEmpty() && !isWholeIri(bracketed(options.graph)))
+    if (!options.graph.isEmpty() && !sparql::isAbsoluteIri(bracketed(options.graph)))
         return refused(u"the graph that is set is no identifier: %1"_s.arg(options.graph));
-    if (!options.positionProperty.isEmpty() && !isWholeIri(bracketed(options.positionProperty)))
+    if (!options.positionProperty.isEmpty() && !sparql::isAbsoluteIri(bracketed(options.positionProperty)))
         return refused(
             u"the property that is set for positions is no identifier: %1"_s.arg(options.positionProperty));
     const Tokens tokens = sparql::tokensOf(query.text());

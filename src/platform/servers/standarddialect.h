@@ -34,6 +34,9 @@ struct StandardStatement
     QString error; // why it is refused
     // Columns, from 0, that come back as IRIs; the answer holds their numbers (ResourceIds::idOf) instead.
     QList<int> idColumns;
+    // Each resource has one row: where a server holds several values (titles in two languages), the first of
+    // the rows with the same number in the first of idColumns counts.
+    bool isOneRowEach = false;
     // Every resource that the query or update is about, with its brackets; neither the graph nor the property
     // of the options.
     QSet<QString> iris;

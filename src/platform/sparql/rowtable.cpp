@@ -3,6 +3,7 @@
 
 #include <QDateTime>
 
+#include <cstring>
 #include <limits>
 
 bool RowTable::append(Type type, QByteArrayView utf8)
@@ -13,6 +14,54 @@ bool RowTable::append(Type type, QByteArrayView utf8)
     m_ends.push_back(quint32(m_bytes.size()));
     m_types.push_back(type);
     return true;
+}
+
+// `to` is not behind `from`, and all rows before it are in their places.
+void RowTable::moveRow(int from, int to)
+{
+    if (from == to)
+        return;
+    size_t source = size_t(from) * size_t(m_columns);
+    size_t target = size_t(to) * size_t(m_columns);
+    quint32 begin = m_ends[source - 1]; // before the ends around it are overwritten
+    for (int column = 0; column < m_columns; ++column, ++source, ++target) {
+        const quint32 end = m_ends[source];
+        const quint32 place = target == 0 ? 0 : m_ends[target - 1];
+        std::memmove(m_bytes.data() + place, m_bytes.constData() + begin, end - begin);
+        m_ends[target] = place + end - begin;
+        m_types[target] = m_types[source];
+        begin = end;
+    }
+}
+
+void RowTable::truncate(int rows)
+{
+    const size_t cells = size_t(rows) * size_t(m_columns);
+    m_ends.resize(cells);
+    m_types.resize(cells);
+    m_bytes.truncate(cells == 0 ? 0 : qsizetype(m_ends.back()));
+}
+
+void RowTable::removeRepeated(int column)
+{
+    if (column < 0 || column >= m_columns)
+        return;
+    std::vector<bool> seen;
+    int kept = 0;
+    const int all = rows();
+    for (int row = 0; row < all; ++row) {
+        const int number = bytes(size_t(row) * size_t(m_columns) + size_t(column)).toInt();
+        if (number > 0) {
+            if (seen.size() <= size_t(number))
+                seen.resize(size_t(number) + 1);
+            if (seen[size_t(number)])
+                continue;
+            seen[size_t(number)] = true;
+        }
+        moveRow(row, kept++);
+    }
+    if (kept < all)
+        truncate(kept);
 }
 
 bool RowTable::contains(int row, int column) const

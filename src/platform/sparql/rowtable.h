@@ -18,6 +18,9 @@ public:
 
     // Cells come row by row. False when the table is full (4 GiB of text).
     [[nodiscard]] bool append(Type type, QByteArrayView utf8);
+    // Keeps the first of all rows with the same number in `column`, and every row without one. Numbers count
+    // from 1: a bit is held for each up to the greatest.
+    void removeRepeated(int column);
 
     [[nodiscard]] int columns() const { return m_columns; }
     [[nodiscard]] int rows() const { return m_columns > 0 ? int(m_ends.size() / size_t(m_columns)) : 0; }
@@ -29,6 +32,8 @@ public:
 private:
     [[nodiscard]] bool contains(int row, int column) const;
     [[nodiscard]] QByteArrayView bytes(size_t cell) const;
+    void moveRow(int from, int to);
+    void truncate(int rows);
 
     int m_columns = 0;
     QByteArray m_bytes;

@@ -3,6 +3,8 @@
 
 #include "fileuri.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
@@ -92,6 +94,12 @@ bool hasIllegalIri(const Tokens &tokens)
     });
 }
 
+bool isAbsoluteIri(const QString &token)
+{
+    static const QRegularExpression scheme(u"^<[A-Za-z][A-Za-z0-9+.-]*:"_s);
+    return scheme.match(token).hasMatch() && legalIri(token) == token;
+}
+
 qsizetype significant(const Tokens &tokens, qsizetype from)
 {
     while (from < tokens.size() && tokens[from].kind == Kind::Space)
@@ -113,6 +121,40 @@ qsizetype closingSign(const Tokens &tokens, qsizetype from, char16_t opening, ch
     return -1;
 }
 
+qsizetype groupStart(const Tokens &tokens, qsizetype at)
+{
+    int depth = 0;
+    for (qsizetype i = at - 1; i >= 0; --i) {
+        if (tokens[i].isSign(u'}'))
+            ++depth;
+        else if (tokens[i].isSign(u'{') && --depth < 0)
+            return i;
+    }
+    return -1;
+}
+
+bool isWordAt(const Tokens &tokens, qsizetype at, QLatin1StringView word)
+{
+    return at < tokens.size() && tokens[at].kind == Kind::Word && tokens[at].text == word;
+}
+
+bool isKeywordAt(const Tokens &tokens, qsizetype at, QStringView word)
+{
+    return at < tokens.size() && tokens[at].isKeyword(word);
+}
+
+bool isSignAt(const Tokens &tokens, qsizetype at, char16_t sign)
+{
+    return at < tokens.size() && tokens[at].isSign(sign);
+}
+
+qsizetype replaceTokens(Tokens &tokens, qsizetype at, qsizetype count, const QString &text)
+{
+    const Tokens inserted = tokensOf(text);
+    tokens = tokens.first(at) + inserted + tokens.sliced(at + count);
+    return at + inserted.size();
+}
+
 QHash<QString, int> variableCounts(const Tokens &tokens)
 {
     QHash<QString, int> counts;
@@ -121,6 +163,14 @@ QHash<QString, int> variableCounts(const Tokens &tokens)
             ++counts[token.text.sliced(1)];
     }
     return counts;
+}
+
+QString freeVariable(const Tokens &tokens, QString name)
+{
+    const QHash<QString, int> taken = variableCounts(tokens);
+    while (taken.contains(name))
+        name += u'x';
+    return u'?' + name;
 }
 
 void renameVariables(Tokens &tokens)

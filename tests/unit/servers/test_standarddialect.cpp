@@ -260,6 +260,7 @@ void TestStandardDialect::queries()
     const StandardStatement statement = adapted(text);
     QCOMPARE(statement.text, standard);
     QCOMPARE(statement.idColumns, idColumns);
+    QCOMPARE(statement.isOneRowEach, idColumns == QList<int>{7});
     QVERIFY(statement.action == Action::Send);
     QCOMPARE(statement.furtherTexts, QStringList());
 }

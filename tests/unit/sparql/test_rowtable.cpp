@@ -15,6 +15,8 @@ private Q_SLOTS:
     void cellsConvert();
     void outOfRangeIsInvalid();
     void unboundIsNullAndEmptyIsNot();
+    void repeatedRowsAreLeftOut_data();
+    void repeatedRowsAreLeftOut();
 };
 
 void TestRowTable::emptyTableHasNoRows()
@@ -70,6 +72,46 @@ void TestRowTable::unboundIsNullAndEmptyIsNot()
     QVERIFY(!table.value(0, 0).isValid());
     QVERIFY(table.text(0, 1).isEmpty() && !table.text(0, 1).isNull());
     QVERIFY(table.value(0, 1).isValid());
+}
+
+// A server may hold several titles of one video: it is one video all the same.
+void TestRowTable::repeatedRowsAreLeftOut_data()
+{
+    QTest::addColumn<QString>("rows");
+    QTest::addColumn<QString>("kept");
+    QTest::newRow("nothing") << u""_s << u""_s;
+    QTest::newRow("all different") << u"a 1 bb 2 ccc 3"_s << u"a 1 bb 2 ccc 3"_s;
+    QTest::newRow("one behind the other") << u"a 1 bb 1 ccc 2"_s << u"a 1 ccc 2"_s;
+    QTest::newRow("far apart") << u"aaa 9 b 1 cc 2 dddd 9 e 1 f 3"_s << u"aaa 9 b 1 cc 2 f 3"_s;
+    QTest::newRow("all the same") << u"aaa 7 b 7 cc 7"_s << u"aaa 7"_s;
+    QTest::newRow("without a number") << u"a - b - c 0 d 0 e 1 f 1"_s << u"a - b - c 0 d 0 e 1"_s;
+}
+
+void TestRowTable::repeatedRowsAreLeftOut()
+{
+    using Type = RowTable::Type;
+    QFETCH(const QString, rows);
+    QFETCH(const QString, kept);
+    RowTable table(2);
+    for (const QString &cell : rows.split(u' ', Qt::SkipEmptyParts))
+        QVERIFY(
+            table.append(cell == u"-"_s ? Type::Unbound : Type::Text, cell == u"-"_s ? "" : cell.toUtf8()));
+    const RowTable whole = table;
+    const auto written = [](const RowTable &of) {
+        QStringList cells;
+        for (int row = 0; row < of.rows(); ++row)
+            cells << of.text(row, 0) << (of.value(row, 1).isValid() ? of.text(row, 1) : u"-"_s);
+        return cells.join(u' ');
+    };
+    table.removeRepeated(1);
+    QCOMPARE(written(table), kept);
+    // The rest goes on behind what is left.
+    QVERIFY(table.append(Type::Text, "end") && table.append(Type::Integer, "99"));
+    QCOMPARE(written(table).trimmed(), (kept + u" end 99"_s).trimmed());
+    QCOMPARE(written(whole), rows);
+    table.removeRepeated(2);
+    table.removeRepeated(-1);
+    QCOMPARE(written(table).trimmed(), (kept + u" end 99"_s).trimmed());
 }
 
 QTEST_APPLESS_MAIN(TestRowTable)
