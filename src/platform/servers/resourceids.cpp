@@ -9,15 +9,16 @@ ResourceIds &ResourceIds::shared()
     return ids;
 }
 
-int ResourceIds::idOf(const QString &iri)
+int ResourceIds::idOf(QByteArrayView utf8)
 {
-    if (iri.isEmpty())
+    if (utf8.isEmpty())
         return 0;
-    const QByteArray key = iri.toUtf8();
-    if (const auto known = m_ids.constFind(key); known != m_ids.constEnd())
+    if (const auto known = m_ids.constFind(QByteArray::fromRawData(utf8.data(), utf8.size()));
+        known != m_ids.constEnd())
         return *known;
     if (m_iris.size() >= size_t(std::numeric_limits<int>::max()))
         return 0;
+    const QByteArray key = utf8.toByteArray();
     m_iris.push_back(key);
     m_ids.insert(key, count());
     return count();

@@ -13,7 +13,6 @@
 #include <deque>
 #include <memory>
 
-class TableResult;
 struct StandardStatement;
 
 // How often and how long a driver tries. Tests take shorter ones.
@@ -72,9 +71,9 @@ protected:
 
     [[nodiscard]] const ServerSettings &settings() const { return m_settings; }
 
-    // Brings a statement to the server. answered() is called for it exactly once, later than this call,
-    // unless it is cancelled before. The values of statement.idColumns are numbers of ResourceIds in the
-    // answer.
+    // Brings a statement to the server, one text at a time: furtherTexts is empty here. answered() is called
+    // for it exactly once, later than this call, unless it is cancelled before. The values of
+    // statement.idColumns are numbers of ResourceIds in the answer.
     virtual void send(StatementId id, const StandardStatement &statement, bool isUpdate) = 0;
     // Nobody wants the answer any more. Only reads.
     virtual void cancel(StatementId id) = 0;
@@ -87,8 +86,8 @@ private:
     struct Read;
     struct Update;
 
-    void answerWithoutRowsWhenLate(TableResult *result);
-    void giveUp(const TableResult *result);
+    void answerWithoutRowsWhenLate(const std::shared_ptr<Read> &read);
+    void giveUp(const std::shared_ptr<Read> &read);
     [[nodiscard]] bool maySend(const Read &read) const;
     [[nodiscard]] bool isBeingWritten(const QSet<QString> &iris) const;
     void sendWaiting();
@@ -97,7 +96,9 @@ private:
     void readAnswered(const std::shared_ptr<Read> &read, Answer answer);
     void updateAnswered(Answer answer);
     void probeAnswered(const Answer &answer);
-    [[nodiscard]] bool sendAgain(const std::shared_ptr<Read> &read, const Answer &answer);
+    void noteReachability(const Answer &answer);
+    [[nodiscard]] bool sendsAgain(const std::shared_ptr<Read> &read, const Answer &answer);
+    void rest(const std::shared_ptr<Read> &read, std::chrono::milliseconds time);
     void probe();
     void reached();
     void notReached();

@@ -64,6 +64,19 @@ void RowTable::removeRepeated(int column)
         truncate(kept);
 }
 
+bool RowTable::appendRows(const RowTable &other)
+{
+    Q_ASSERT(m_columns == other.m_columns);
+    if (size_t(m_bytes.size()) + size_t(other.m_bytes.size()) > std::numeric_limits<quint32>::max())
+        return false;
+    const auto base = quint32(m_bytes.size());
+    m_bytes.append(other.m_bytes);
+    for (const quint32 end : other.m_ends)
+        m_ends.push_back(base + end);
+    m_types.insert(m_types.end(), other.m_types.begin(), other.m_types.end());
+    return true;
+}
+
 bool RowTable::contains(int row, int column) const
 {
     return row >= 0 && row < rows() && column >= 0 && column < m_columns;

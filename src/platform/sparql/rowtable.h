@@ -22,7 +22,11 @@ public:
     // from 1: a bit is held for each up to the greatest.
     void removeRepeated(int column);
 
+    // All rows of another table with as many columns. False when the table is full, which it then stays.
+    [[nodiscard]] bool appendRows(const RowTable &other);
+
     [[nodiscard]] int columns() const { return m_columns; }
+    [[nodiscard]] qsizetype textBytes() const { return m_bytes.size(); }
     [[nodiscard]] int rows() const { return m_columns > 0 ? int(m_ends.size() / size_t(m_columns)) : 0; }
 
     // Null when unbound or out of range.
