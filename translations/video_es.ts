@@ -13,6 +13,11 @@
         <extracomment>The library has no videos</extracomment>
         <translation>No hay vídeos</translation>
     </message>
+    <message id="qtn_vide_library_unreachable">
+        <source>The library cannot be reached</source>
+        <extracomment>The server that holds the library does not answer; in a banner, and in place of the list when none was loaded</extracomment>
+        <translation>No se puede acceder a la biblioteca</translation>
+    </message>
     <message id="qtn_vide_no_results">
         <source>No results</source>
         <extracomment>The filter matches nothing</extracomment>

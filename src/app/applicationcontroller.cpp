@@ -126,9 +126,17 @@ void ApplicationController::connectLibraryPage()
             &ApplicationController::initializeAvloShared);
     connect(m_libraryPage, &LocalVideosPage::handleError, this, &ApplicationController::showInfoBanner);
     connect(this, &ApplicationController::mmcStatusChanged, m_libraryPage, &LocalVideosPage::mmcStateChanged);
+    m_libraryPage->setLibraryReachable(m_isLibraryReachable);
     if (m_playerPage)
         connect(m_playerPage, &PlayerPage::deleteFile, m_libraryPage, &LocalVideosPage::deleteFile,
                 Qt::UniqueConnection);
+}
+
+void ApplicationController::setLibraryReachable(bool reachable)
+{
+    m_isLibraryReachable = reachable;
+    if (m_libraryPage)
+        m_libraryPage->setLibraryReachable(reachable);
 }
 
 bool ApplicationController::isOnTop(const toolkit::ApplicationPage *page) const

@@ -67,8 +67,11 @@ Q_SIGNALS:
     void mmcStatusChanged(bool mounted);
     void launched();
     void preUnmount();
+    void displayTurned(bool on);
 
 public Q_SLOTS:
+    // Of the server that holds the library.
+    void setLibraryReachable(bool reachable);
     void showPlayerPage();
     void raiseToTop();
     void goToLocalVideosPage();
@@ -184,6 +187,7 @@ private:
     MmcInfoPage *m_mmcInfoPage = nullptr;
     bool m_mmcAvailable = true;
     bool m_displayStateRead = false;
+    bool m_isLibraryReachable = true;
     int m_playedTimeQueryId = 0;
     QTimer *m_playedTimeGuard;
     std::unique_ptr<MediaBackend> m_sharedMedia;

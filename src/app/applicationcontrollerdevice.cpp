@@ -36,6 +36,7 @@ namespace {
 
 enum Lock { DeviceLock = 0, KeyLock = 1 };
 constexpr int Locked = 1;
+constexpr int DisplayOff = 0;
 constexpr int DisplayOn = 1;
 
 // A name that is taken comes to this program when its owner ends, perhaps an instance that is just ending.
@@ -191,6 +192,7 @@ void ApplicationController::deviceDisplayStateChanged(int state)
 {
     m_displayState = state;
     tellDisplayState();
+    Q_EMIT displayTurned(state != DisplayOff);
 }
 
 void ApplicationController::tellDisplayState()

@@ -254,8 +254,13 @@ void ApplicationController::startPending()
 // play.
 void ApplicationController::countPlay()
 {
-    if (std::exchange(m_playToCount, false))
-        m_playRecorder->record(m_playerController->currentVideo().urn);
+    if (!std::exchange(m_playToCount, false))
+        return;
+    const QString urn = m_playerController->currentVideo().urn;
+    if (TrackerInterface::isOnServer())
+        m_store->recordPlay(urn);
+    else
+        m_playRecorder->record(urn);
 }
 
 void ApplicationController::serviceFwPlayRequest(QString url, uint position)

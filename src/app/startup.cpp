@@ -15,6 +15,7 @@
 #include "platform/toolkit/applicationwindow.h"
 #include "platform/toolkit/componentcache.h"
 #include "platform/toolkit/locale.h"
+#include "serverlibrary.h"
 #include "startuplog.h"
 
 #include <QGestureRecognizer>
@@ -66,6 +67,26 @@ void acceptFiles(KestrelApplicationService *service, ApplicationController *cont
     QTimer::singleShot(0, service, &KestrelApplicationService::releaseCalls);
 }
 
+// Before anything that reads the library.
+std::unique_ptr<ServerLibrary> openServer()
+{
+    if (!TrackerInterface::isOnServer())
+        return {};
+    auto server = std::make_unique<ServerLibrary>(TrackerInterface::trackerMode());
+    server->follow(TrackerInterface::instance());
+    return server;
+}
+
+void connectServer(ServerLibrary *server, ApplicationWindow *window, ApplicationController *controller)
+{
+    if (!server)
+        return;
+    server->follow(window);
+    QObject::connect(server, &ServerLibrary::reachableChanged, controller,
+                     &ApplicationController::setLibraryReachable);
+    QObject::connect(controller, &ApplicationController::displayTurned, server, &ServerLibrary::setDisplayOn);
+}
+
 // Every thread would get a heap of its own, up to eight a core, and every video starts a dozen threads: what
 // they keep free for themselves would add up to several times what is used.
 void shareHeaps()
@@ -100,12 +121,14 @@ int runKestrel(int argc, char **argv)
 
     ShareService::setFactory(&PlatformShareService::createOnDefaultBuses);
     std::unique_ptr<ApplicationWindow> window = takeWindow(line.serviceFramework);
+    std::unique_ptr<ServerLibrary> server = openServer();
     auto controller
         = std::make_unique<ApplicationController>(nullptr, line.serviceFramework, line.startAddress);
     QObject::connect(&service, &KestrelApplicationService::relaunch, controller.get(),
                      &ApplicationController::raiseToTop);
     acceptFiles(&service, controller.get());
     QTimer::singleShot(ClearUpDelay, controller.get(), &SaveAsManager::clearUp);
+    connectServer(server.get(), window.get(), controller.get());
     startupLog.watch(controller.get(), window.get());
     window->showForProfile();
     // Horizontal swipes reach the pages as ordinary movement.
@@ -115,6 +138,7 @@ int runKestrel(int argc, char **argv)
     // What was saved last is on its way to the store.
     sparqlWaitForUpdates();
     controller.reset();
+    server.reset();
     window.reset();
     endSignals.reset();
     application.reset();

@@ -16,10 +16,21 @@
 #include <QSvgRenderer>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int queueIntervalMs = 100;
 constexpr int jpegQuality = 75;
+
+// What comes over the net is no file that a thumbnailer could read; of a video that was left there is a
+// still.
+bool isStream(const QString &url)
+{
+    static const QStringList prefixes{HTTP_PREFIX, QStringLiteral("https:"), RTSP_PREFIX, MMS_PREFIX};
+    return std::any_of(prefixes.cbegin(), prefixes.cend(),
+                       [&url](const QString &prefix) { return url.startsWith(prefix, Qt::CaseInsensitive); });
+}
 
 QString encodedText(const QUrl &url)
 {
@@ -122,7 +133,7 @@ QString ThumbnailHelper::thumbnail(const QString &url, const QString &mimeType)
         m_knownThumbnails.insert(url, path);
         return path;
     }
-    if (!url.isEmpty() && !m_thumbnailingDisabled)
+    if (!url.isEmpty() && !m_thumbnailingDisabled && !isStream(url))
         queueRequest(url, mimeType);
     return {};
 }

@@ -3,6 +3,7 @@
 
 #include "datalog.h"
 #include "sparqltemplates.h"
+#include "storenews.h"
 #include "trackeranswers.h"
 #include "trackernotifier.h"
 #include "videoconstants.h"
@@ -11,6 +12,7 @@
 #include <platform/sparql/sparqlresult.h>
 #include <platform/system/systeminformation.h>
 
+#include <QDateTime>
 #include <QTimer>
 
 #include <utility>
@@ -68,7 +70,8 @@ void TrackerInterface::setTrackerMode(const QString &mode)
 
 TrackerInterface::TrackerInterface()
     : m_notifier(new TrackerNotifier(this)),
-      m_connection(new SparqlConnection(s_mode, SparqlConnectionOptions(), this))
+      m_connection(new SparqlConnection(s_mode, SparqlConnectionOptions(), this)),
+      m_news(new StoreNews(this))
 {
     connect(m_notifier, &TrackerNotifier::videosDeleted, this, &TrackerInterface::videosDeleted);
     // By name: the slot and the signal with the fresh rows share theirs.
@@ -76,6 +79,12 @@ TrackerInterface::TrackerInterface()
     connect(m_notifier, SIGNAL(videosAdded(QList<int>)), this, SLOT(videosChanged(QList<int>)));
     connect(m_notifier, &TrackerNotifier::storeReset, this, &TrackerInterface::askForAllAgain);
     connect(m_connection, &SparqlConnection::reset, this, &TrackerInterface::askForAllAgain);
+    connect(m_connection, &SparqlConnection::reachableChanged, m_news, &StoreNews::setReachable);
+}
+
+bool TrackerInterface::isOnServer()
+{
+    return s_mode == "QSPARQL_ENDPOINT"_L1 || s_mode == "QVIRTUOSO"_L1;
 }
 
 // The connection and the notifier both tell of a store that came back: one request for both.
@@ -162,6 +171,27 @@ bool TrackerInterface::setPlayedTime(const QString &urn, uint position, const Ac
     return updateProperty(QString::number(position), urn, u"nmm:runTime"_s, acknowledged);
 }
 
+void TrackerInterface::recordPlay(const QString &urn)
+{
+    if (urn.isEmpty())
+        return;
+    SparqlResult *result = send(SparqlQuery(propertyQuery(urn, u"nie:usageCounter"_s)));
+    if (!result)
+        return;
+    const QString begun = QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
+    connect(result, &SparqlResult::finished, this, [this, result, urn, begun] {
+        result->deleteLater();
+        if (result->hasError()) {
+            qCWarning(lcData) << "void TrackerInterface::recordPlay(const QString&)"
+                              << "Error in query:" << result->errorMessage();
+            return;
+        }
+        const int plays = result->next() ? result->value(0).toInt() : 0;
+        updateProperty(QString::number(plays + 1), urn, u"nie:usageCounter"_s);
+        updateProperty(begun, urn, u"nie:contentAccessed"_s);
+    });
+}
+
 bool TrackerInterface::askStoredPlace(const QString &urn,
                                       const std::function<void(const StoredPlace &)> &answer)
 {
@@ -196,6 +226,10 @@ bool TrackerInterface::updateProperty(const QString &value, const QString &urn, 
     if (!result)
         return false;
     connect(result, &SparqlResult::finished, result, &QObject::deleteLater);
+    connect(result, &SparqlResult::finished, this, [this, result, urn, property] {
+        if (!result->hasError())
+            Q_EMIT m_news->propertyStored(urn, property);
+    });
     if (acknowledged)
         connect(result, &SparqlResult::finished, this,
                 [result, acknowledged] { acknowledged(!result->hasError()); });
@@ -337,6 +371,8 @@ void TrackerInterface::allVideosReady()
 {
     if (auto *result = takeResult("void TrackerInterface::allVideosReady()"))
         Q_EMIT allVideosFinished(TrackerAnswers::rows(*result), result->id());
+    else
+        Q_EMIT m_news->listFailed();
 }
 
 void TrackerInterface::urnReady()

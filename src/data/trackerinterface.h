@@ -15,6 +15,7 @@
 class SparqlConnection;
 class SparqlQuery;
 class SparqlResult;
+class StoreNews;
 class TrackerNotifier;
 
 // The program's only door to the metadata store. Every request returns the id that its answer signal carries,
@@ -29,6 +30,12 @@ public:
     [[nodiscard]] static TrackerInterface *instance();
     // Driver of the connection, read when the instance is made.
     static void setTrackerMode(const QString &mode);
+    [[nodiscard]] static QString trackerMode() { return s_mode; }
+    // The library is on a server. The store service of this machine does not know its videos, nor is there a
+    // file to be had.
+    [[nodiscard]] static bool isOnServer();
+    // Lives as long as this.
+    [[nodiscard]] StoreNews *news() const { return m_news; }
 
     // Rows of all videos but those that this device recorded itself; `limit` 0 for no limit. ->
     // allVideosFinished()
@@ -49,6 +56,9 @@ public:
     // True when the update was handed to the store; only then `acknowledged` is called.
     bool setTitle(const QString &urn, const QString &title);
     bool setPlayedTime(const QString &urn, uint position, const Acknowledged &acknowledged = {});
+
+    // One play more, begun now. For a store that does not count by itself. What fails is not counted.
+    void recordPlay(const QString &urn);
 
     struct StoredPlace
     {
@@ -109,6 +119,7 @@ private:
 
     TrackerNotifier *m_notifier;
     SparqlConnection *m_connection;
+    StoreNews *m_news;
     QString m_requestedUrl;
     quint32 m_pendingPosition = 0;
     QString m_equipmentIri;

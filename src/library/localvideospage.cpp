@@ -3,6 +3,7 @@
 
 #include "data/storeprogress.h"
 #include "data/thumbnailhelper.h"
+#include "data/trackerinterface.h"
 #include "filterwidget.h"
 #include "librarylog.h"
 #include "myallvideoswidget.h"
@@ -21,6 +22,7 @@
 #include <QTimerEvent>
 
 #include <new>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -47,6 +49,7 @@ LocalVideosPage::LocalVideosPage() : m_announcementTimer(new QTimer(this))
     m_announcementTimer->setSingleShot(true);
     m_announcementTimer->setInterval(AnnouncementDelay);
     connect(m_announcementTimer, &QTimer::timeout, this, &LocalVideosPage::localContentCreated);
+    connect(this, &LocalVideosPage::displayEntered, this, &LocalVideosPage::tellUnreachable);
 }
 
 LocalVideosPage::~LocalVideosPage() = default;
@@ -71,17 +74,27 @@ void LocalVideosPage::createContent()
     m_progressLine = new ScanProgressLine(this);
     m_progressLine->setZValue(1);
     m_progressLine->setOnInverted(isBlack());
+    if (!TrackerInterface::isOnServer())
+        followScans();
+    placeProgressLine();
+    if (m_widget)
+        m_widget->setLibraryReachable(m_isReachable);
+}
+
+// Of the folders of this machine.
+void LocalVideosPage::followScans()
+{
     const auto *progress = new StoreProgress(this);
     m_progressLine->follow(progress);
     if (m_widget)
         connect(progress, &StoreProgress::changed, m_widget, &MyAllVideosWidget::setScanProgress);
-    placeProgressLine();
 }
 
 bool LocalVideosPage::isBlack() const
 {
     const int state = m_widget ? m_widget->viewState() : MyAllVideosWidget::Unknown;
-    return state == MyAllVideosWidget::Unknown || state == MyAllVideosWidget::EmptyCollection;
+    return state == MyAllVideosWidget::Unknown || state == MyAllVideosWidget::EmptyCollection
+        || state == MyAllVideosWidget::Unreachable;
 }
 
 // The whole page has another background with another state, and the title stands on it.
@@ -133,6 +146,25 @@ void LocalVideosPage::setCallRefused(bool refused)
 {
     if (m_widget)
         m_widget->setCallRefused(refused);
+}
+
+void LocalVideosPage::setLibraryReachable(bool reachable)
+{
+    if (reachable == m_isReachable)
+        return;
+    m_isReachable = reachable;
+    m_unreachableToTell = !reachable;
+    if (m_widget)
+        m_widget->setLibraryReachable(reachable);
+    tellUnreachable();
+}
+
+void LocalVideosPage::tellUnreachable()
+{
+    if (!m_widget || !isOnDisplay())
+        return;
+    if (std::exchange(m_unreachableToTell, false) && m_widget->hasLoaded())
+        Q_EMIT handleError(qtTrId("qtn_vide_library_unreachable"));
 }
 
 void LocalVideosPage::deleteFile(const QString &filePath)

@@ -30,6 +30,9 @@ public:
     // The orientation that the controller asked for: 1 for the player, 0 for the library.
     void setOrientation(int orientation) { m_orientation = orientation; }
     [[nodiscard]] int requestedOrientation() const { return m_orientation; }
+    // Of the store. That it cannot be reached is told once, when the page is seen; a page without a list says
+    // it itself, as long as that lasts.
+    void setLibraryReachable(bool reachable);
     // The last request to play was turned down because of a call.
     void setCallRefused(bool refused);
     // Null until the content was made.
@@ -64,12 +67,14 @@ protected:
 
 private:
     void connectWidget();
+    void followScans();
     // Warns when there is none.
     [[nodiscard]] MyAllVideosWidget *widgetFor(const char *function) const;
     void placeProgressLine();
     // While nothing is known of the collection, or it is empty.
     [[nodiscard]] bool isBlack() const;
     void followViewState();
+    void tellUnreachable();
 
     MyAllVideosWidget *m_widget = nullptr;
     toolkit::LinearLayoutPolicy *m_policy = nullptr;
@@ -77,4 +82,6 @@ private:
     QMetaObject::Connection m_announcement; // until the content was announced
     QTimer *m_announcementTimer;
     int m_orientation = 0;
+    bool m_isReachable = true;
+    bool m_unreachableToTell = false;
 };

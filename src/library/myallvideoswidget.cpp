@@ -123,6 +123,7 @@ void MyAllVideosWidget::mmcStateChanged(bool mounted)
 
 void MyAllVideosWidget::modelRowCountChanged()
 {
+    m_hasLoaded = true;
     m_proxy->clearExcluded();
     if (m_model->rowCount() > 0) {
         setViewState(m_proxy->rowCount() == 0 ? NoResults : ListShown);

@@ -39,7 +39,7 @@ class MyAllVideosWidget : public toolkit::Widget
     Q_OBJECT
 
 public:
-    enum ViewState { Unknown = 0, EmptyCollection = 1, NoResults = 2, ListShown = 3 };
+    enum ViewState { Unknown = 0, EmptyCollection = 1, NoResults = 2, ListShown = 3, Unreachable = 4 };
 
     explicit MyAllVideosWidget(QGraphicsItem *parent = nullptr);
     ~MyAllVideosWidget() override;
@@ -66,6 +66,9 @@ public:
     [[nodiscard]] int viewState() const { return m_viewState; }
     // The store reads the video folders: an empty collection says how far it has come.
     void setScanProgress(bool scanning, uint seen, uint done);
+    // The store does not answer: before any list was loaded, this and not an empty collection is told.
+    void setLibraryReachable(bool reachable);
+    [[nodiscard]] bool hasLoaded() const { return m_hasLoaded; }
     [[nodiscard]] toolkit::List *list() const { return m_list; }
     [[nodiscard]] AllVideosModel *model() const { return m_model; }
     [[nodiscard]] FilteredModel *proxy() const { return m_proxy; }
@@ -123,6 +126,7 @@ private:
     void translateList();
     void translateEmptyState();
     void showListObjectMenu(const QPointF &pos);
+    [[nodiscard]] static bool isOnThisMachine(const QModelIndex &index);
     // As if it had been chosen from the menu of that video.
     void actOn(const QModelIndex &index, void (MyAllVideosWidget::*action)());
     [[nodiscard]] bool isEditSheetDisplayed() const;
@@ -158,6 +162,8 @@ private:
     EditManager *m_editManager = nullptr;
     std::unique_ptr<FileManager> m_fileManager;
     int m_viewState = Unknown;
+    bool m_hasLoaded = false; // a list, be it an empty one
+    bool m_isReachable = true;
     uint m_scanSeen = 0; // files in the folders, as far as is known; 0 while none are read
     uint m_scanDone = 0;
     QString m_menuUrn; // of the video whose menu was opened last

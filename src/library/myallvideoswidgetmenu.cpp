@@ -3,6 +3,7 @@
 #include "myallvideoswidget.h"
 
 #include "data/allvideosmodel.h"
+#include "data/videoconstants.h"
 #include "fileops/editmanager.h"
 #include "fileops/filemanager.h"
 #include "filteredmodel.h"
@@ -57,12 +58,25 @@ void MyAllVideosWidget::translateObjectMenu()
         actions.at(index)->setText(texts.at(index));
 }
 
+// A video that comes over the net has no file that could be deleted.
+bool MyAllVideosWidget::isOnThisMachine(const QModelIndex &index)
+{
+    return index.siblingAtColumn(VideoColumn::Url)
+        .data()
+        .toString()
+        .startsWith(FILE_URL_PREFIX, Qt::CaseInsensitive);
+}
+
 void MyAllVideosWidget::itemLongTapped(const QModelIndex &index, const QPointF &pos)
 {
     if (!index.isValid())
         return;
     m_filter->textEdit()->clearFocus();
     m_menuUrn = index.siblingAtColumn(VideoColumn::Urn).data().toString();
+    for (QAction *action : m_menuActions->actions()) {
+        if (action->objectName() == "deleteAction"_L1)
+            action->setEnabled(isOnThisMachine(index));
+    }
     showListObjectMenu(pos);
     if (m_objectMenu->isActive())
         m_list->setHeldIndex(index);

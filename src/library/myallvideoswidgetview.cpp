@@ -147,8 +147,10 @@ void MyAllVideosWidget::connectList()
             Qt::UniqueConnection);
     connect(m_list, &toolkit::List::editRequested, this,
             [this](const QModelIndex &index) { actOn(index, &MyAllVideosWidget::editVideoAction); });
-    connect(m_list, &toolkit::List::removeRequested, this,
-            [this](const QModelIndex &index) { actOn(index, &MyAllVideosWidget::deleteVideoAction); });
+    connect(m_list, &toolkit::List::removeRequested, this, [this](const QModelIndex &index) {
+        if (isOnThisMachine(index))
+            actOn(index, &MyAllVideosWidget::deleteVideoAction);
+    });
     connect(m_list, &toolkit::List::displayEntered, this, &MyAllVideosWidget::videoListEntered);
     connect(m_list, &toolkit::List::displayEntered, this, &MyAllVideosWidget::focusList);
     connect(m_list, &toolkit::List::panningStarted, m_cellCreator, &LocalVideoItemCreator::panningStarted);
@@ -168,8 +170,18 @@ void MyAllVideosWidget::connectWindow()
     }
 }
 
+void MyAllVideosWidget::setLibraryReachable(bool reachable)
+{
+    m_isReachable = reachable;
+    // Once it can be reached the text stays until a list has come.
+    if (!reachable && !m_hasLoaded)
+        setViewState(Unreachable);
+}
+
 void MyAllVideosWidget::setViewState(int state)
 {
+    if (state == EmptyCollection && !m_hasLoaded && (!m_isReachable || m_viewState == Unreachable))
+        state = Unreachable;
     if (state == m_viewState)
         return;
     m_viewState = state;
@@ -234,6 +246,8 @@ void MyAllVideosWidget::translateEmptyState()
         m_emptyLabel->setText(qtTrId("qtn_vide_no_results"));
     else if (m_viewState == EmptyCollection)
         m_emptyLabel->setText(qtTrId("qtn_vide_collection_empty"));
+    else if (m_viewState == Unreachable)
+        m_emptyLabel->setText(qtTrId("qtn_vide_library_unreachable"));
     m_scanLabel->setText(m_scanSeen > 0
                              ? qtTrId("qtn_vide_scan_progress")
                                    .arg(QLocale().toString(m_scanDone), QLocale().toString(m_scanSeen))

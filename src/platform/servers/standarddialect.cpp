@@ -38,6 +38,9 @@ const QString positionIri = QStringLiteral("http://tracker.api.gnome.org/ontolog
 
 // A text of five million characters ended a server; one of a million did not.
 constexpr qsizetype longestUpdate = 1000000;
+constexpr auto playCountName = "nie:usageCounter"_L1;
+constexpr auto lastPlayedName = "nie:contentAccessed"_L1;
+constexpr auto dateTimeType = "^^<http://www.w3.org/2001/XMLSchema#dateTime>"_L1;
 
 QString bracketed(const QString &iri)
 {
@@ -130,13 +133,17 @@ void restrictToGraph(Tokens &tokens, const QString &graph)
     sparql::replaceTokens(tokens, at, 0, u"FROM %1 "_s.arg(bracketed(graph)));
 }
 
-// A position goes in as a number, for others who read the data. What is no number stays what it is.
-void writePositionAsNumber(Tokens &tokens)
+// A position and a count go in as numbers and a time as a time, for others who read the data. What is no
+// number stays what it is.
+void writeTypedValues(Tokens &tokens)
 {
     for (qsizetype i = 0; i < tokens.size(); ++i) {
         const qsizetype value = sparql::significant(tokens, i + 1);
-        if (!sparql::isWordAt(tokens, i, positionName) || value >= tokens.size()
-            || tokens[value].kind != Kind::String)
+        if (value >= tokens.size() || tokens[value].kind != Kind::String)
+            continue;
+        if (sparql::isWordAt(tokens, i, lastPlayedName))
+            tokens[value] = {Kind::Word, tokens[value].text + dateTimeType};
+        if (!sparql::isWordAt(tokens, i, positionName) && !sparql::isWordAt(tokens, i, playCountName))
             continue;
         bool isNumber = false;
         const qulonglong number = sparql::stringContent(tokens[value].text).toULongLong(&isNumber);
@@ -220,7 +227,7 @@ StandardStatement adaptUpdate(Tokens tokens, const StandardDialectOptions &optio
     const Tokens where = update ? condition(*update) : Tokens();
     if (where.isEmpty())
         return refused(u"the update has a form that is not known"_s);
-    writePositionAsNumber(update->insert);
+    writeTypedValues(update->insert);
     Tokens adapted = sparql::tokensOf(u"DELETE "_s) + update->remove + sparql::tokensOf(u" INSERT "_s)
         + update->insert + sparql::tokensOf(u" WHERE "_s) + where;
     if (!options.graph.isEmpty())

@@ -56,7 +56,8 @@ struct StandardStatement
 //   are renamed as the store library needs it, for it may be what serves;
 // - DELETE {} WHERE {} INSERT {} becomes one DELETE {} INSERT {} WHERE {}, which inserts also when nothing
 //   was there to delete, but only while its subject is a video: what is gone does not come back in pieces;
-// - a position is written as a number, and another property may hold it;
+// - a position and a play count are written as numbers, the time of the last play as a time, and another
+//   property may hold the position;
 // - an update with an empty IRI is dropped, one with an IRI that cannot be is refused; in a query such an
 //   IRI is percent-encoded. A query about an empty IRI has no rows.
 [[nodiscard]] StandardStatement adaptToStandard(const SparqlQuery &query,

@@ -24,6 +24,7 @@ private Q_SLOTS:
     void whileHeldAFullQueueIsKept();
     void disabledThumbnailingAsksForNothing();
     void anEmptyAddressAsksForNothing();
+    void streamsAreNotAskedFor();
 
     void aFinishedPictureIsKnownAndReported();
     void aFailedPictureIsReportedAndLeavesTheQueue();
@@ -139,6 +140,15 @@ void TestThumbnailQueue::disabledThumbnailingAsksForNothing()
 void TestThumbnailQueue::anEmptyAddressAsksForNothing()
 {
     QCOMPARE(m_thumbnails->thumbnail(QString(), u"video/mp4"_s), QString());
+    QVERIFY(!ThumbnailHelperProbe::timer(*m_thumbnails)->isActive());
+}
+
+void TestThumbnailQueue::streamsAreNotAskedFor()
+{
+    for (const QString &url : {u"http://archive.example/a.mp4"_s, u"HTTPS://archive.example/a.mp4"_s,
+                               u"rtsp://archive.example/a"_s, u"mms://archive.example/a"_s})
+        QCOMPARE(m_thumbnails->thumbnail(url, u"video/mp4"_s), QString());
+    QVERIFY(ThumbnailHelperProbe::queue(*m_thumbnails).isEmpty());
     QVERIFY(!ThumbnailHelperProbe::timer(*m_thumbnails)->isActive());
 }
 

@@ -38,6 +38,7 @@ public:
 private Q_SLOTS:
     void cleanup();
     void theActionsInTheirOrder();
+    void aStreamCannotBeDeleted();
     void aLongPressOpensItAtTheFinger();
     void theCellUnderItIsLitUntilItIsGone_data();
     void theCellUnderItIsLitUntilItIsGone();
@@ -122,6 +123,29 @@ QueryDialog *TestVideoMenu::askToDelete(const QString &title)
     openMenu(title);
     choose(u"deleteAction"_s);
     return deletionQuestion(f.window, [this] { return f.widget()->fileManager(); });
+}
+
+// A video that comes over the net, beside one of this machine.
+void TestVideoMenu::aStreamCannotBeDeleted()
+{
+    QList<QStringList> rows = LibraryFixture::rows({u"alpha"_s, u"beta"_s});
+    rows[0][VideoColumn::Url] = u"http://archive.example/alpha.mp4"_s;
+    QVERIFY(f.open(rows));
+    const auto disabled = [this] {
+        QStringList names;
+        for (const QAction *action : menu()->actions()) {
+            if (!action->isEnabled())
+                names.append(action->objectName());
+        }
+        return names;
+    };
+    openMenu(u"alpha"_s);
+    QCOMPARE(disabled(), QStringList{u"deleteAction"_s});
+    Q_EMIT f.widget()->list()->removeRequested(f.indexOf(u"alpha"_s));
+    QVERIFY(!f.widget()->fileManager());
+    f.widget()->closeDialogs();
+    openMenu(u"beta"_s);
+    QCOMPARE(disabled(), QStringList());
 }
 
 void TestVideoMenu::theActionsInTheirOrder()

@@ -345,6 +345,7 @@ void WidgetsCatalogs::theTextsThatAreLaidDown()
                            "qtn_vide_filter_videos",
                            "qtn_vide_format",
                            "qtn_vide_lastplayed",
+                           "qtn_vide_library_unreachable",
                            "qtn_vide_mass_storage",
                            "qtn_vide_no_results",
                            "qtn_vide_playcount",
