@@ -203,8 +203,11 @@ void ServerDriver::readAnswered(const std::shared_ptr<Read> &read, Answer answer
         outcome.error = answer.error;
         m_hasMissed = m_hasMissed || !m_isReachable || answer.ending == Ending::Silent;
     }
-    if (outcome.error.isNull())
+    if (outcome.error.isNull()) {
         outcome.table = std::move(read->table);
+        if (read->statement.isOneRowEach)
+            outcome.table.removeRepeated(read->statement.idColumns.constFirst());
+    }
     read->result->finish(std::move(outcome));
 }
 

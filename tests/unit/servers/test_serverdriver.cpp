@@ -26,10 +26,10 @@ public:
 
     explicit OwnDriver(const ServerPatience &patience) : ServerDriver({}, patience) { }
 
-    void answerRows(int index, const QStringList &texts)
+    void answerRows(int index, const QStringList &texts, int columns = 1)
     {
         Answer answer;
-        answer.table = RowTable(1);
+        answer.table = RowTable(columns);
         for (const QString &text : texts)
             QVERIFY(answer.table.append(RowTable::Type::Text, text.toUtf8()));
         answered(sent[index].id, std::move(answer));
@@ -103,6 +103,7 @@ private Q_SLOTS:
     void nobodyWantsTheAnswer();
     void updatesAreOutstandingUntilTheyAreThrough();
     void partsMakeOneAnswer();
+    void aVideoWithSeveralTitlesHasOneRow();
     void theConnectionGoesWithItsAnswer();
 
 private:
@@ -355,6 +356,22 @@ void TestServerDriver::partsMakeOneAnswer()
     QCOMPARE(result->size(), 3);
     QVERIFY(result->next() && result->next() && result->next());
     QCOMPARE(result->value(0).toString(), u"c"_s);
+}
+
+void TestServerDriver::aVideoWithSeveralTitlesHasOneRow()
+{
+    const QStringList cells
+        = {u"urn:a"_s, u"Eins"_s, u"1"_s, u"urn:a"_s, u"One"_s, u"1"_s, u"urn:b"_s, u"Two"_s, u"2"_s};
+    const SparqlQuery list(u"SELECT ?_v ?_t tracker:id(?_v) WHERE { ?_v nie:title ?_t }"_s);
+    const SparqlQuery count(u"SELECT ?_w ?_t tracker:id(?_v) WHERE { ?_v nie:title ?_t }"_s);
+    for (const auto &[query, rows] : {std::pair(list, 2), std::pair(count, 3)}) {
+        SparqlResult *result = m_driver->exec(query, m_owner.get());
+        m_driver->answerRows(int(m_driver->sent.size()) - 1, cells, 3);
+        QVERIFY(result->isFinished());
+        QCOMPARE(result->size(), rows);
+        QVERIFY(result->next());
+        QCOMPARE(result->stringValue(1), u"Eins"_s);
+    }
 }
 
 void TestServerDriver::theConnectionGoesWithItsAnswer()
