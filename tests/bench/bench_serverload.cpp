@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Steps of bench_endpoint.py and bench_virtuoso.py, which set a server up. What is written is one line of numbers.
+// Steps of bench_endpoint.py and bench_virtuoso.py, which set a server up. What is written is one line of
+// numbers.
 //     text          what the server is asked for the whole library
-//     load DRIVER   rows, ms from the connection to the last cell read, peaks in KiB of this program and its helpers
-//     list DRIVER   the same through the store layer into the model
-//     title DRIVER  ms from the new title to its row of the model, median of five
+//     load DRIVER   rows, ms from the connection to the last cell read, peaks in KiB of this program and its
+//     helpers list DRIVER   the same through the store layer into the model title DRIVER  ms from the new
+//     title to its row of the model, median of five
 #include <app/serverlibrary.h>
 #include <data/allvideosmodel.h>
 #include <data/sparqltemplates.h>
@@ -161,9 +162,10 @@ int main(int argc, char **argv)
     const QString step = arguments.value(1);
     const QString driver = arguments.value(2);
     if (step == "text"_L1)
-        std::puts(qUtf8Printable(
-            adaptToStandard(SparqlQuery(libraryText()), {ServerSettings::ofEndpoint().graph, {}}, ResourceIds::shared())
-                .text));
+        std::puts(
+            qUtf8Printable(adaptToStandard(SparqlQuery(libraryText()),
+                                           {ServerSettings::ofEndpoint().graph, {}}, ResourceIds::shared())
+                               .text));
     else if (step == "load"_L1)
         load(driver);
     else if (step == "list"_L1)
