@@ -4,6 +4,7 @@
 #include "widetext.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <memory>
 
@@ -96,16 +97,54 @@ void replaceAll(std::string &text, const std::string &what, const std::string &b
 class Statement
 {
 public:
-    explicit Statement(SQLHDBC connection) { SQLAllocHandle(SQL_HANDLE_STMT, connection, &m_handle); }
+    explicit Statement(SQLHDBC connection)
+    {
+        SQLAllocHandle(SQL_HANDLE_STMT, connection, &m_handle);
+        // Braces are SPARQL's here, and not the escapes of ODBC.
+        SQLSetStmtAttr(m_handle, SQL_ATTR_NOSCAN, reinterpret_cast<SQLPOINTER>(SQL_NOSCAN_ON), 0);
+    }
     ~Statement() { SQLFreeHandle(SQL_HANDLE_STMT, m_handle); }
     Statement(const Statement &) = delete;
     Statement &operator=(const Statement &) = delete;
 
     [[nodiscard]] SQLHSTMT handle() const { return m_handle; }
+    [[nodiscard]] bool execute(const std::string &sql) const
+    {
+        const SQLRETURN executed = SQLExecDirect(m_handle, characters(sql), SQLINTEGER(sql.size()));
+        return SQL_SUCCEEDED(executed) || executed == SQL_NO_DATA;
+    }
 
 private:
     SQLHSTMT m_handle = SQL_NULL_HSTMT;
 };
+
+bool isLoss(const std::string &state)
+{
+    return state.starts_with("08") || state == "S2801";
+}
+
+// Literals come in boxes of the server's own, whose content its driver never frees: a million titles would
+// stay in memory. The server takes them out when it is asked to.
+std::string withoutBoxes(const std::string &query, SQLHSTMT prepared)
+{
+    SQLSMALLINT columns = 0;
+    SQLNumResultCols(prepared, &columns);
+    std::string list;
+    for (SQLSMALLINT column = 1; column <= columns; ++column) {
+        std::array<SQLCHAR, 512> buffer = {};
+        SQLSMALLINT length = 0;
+        SQLSMALLINT ignored = 0;
+        SQLULEN size = 0;
+        const SQLRETURN described
+            = SQLDescribeCol(prepared, SQLUSMALLINT(column), buffer.data(), SQLSMALLINT(buffer.size()), &length,
+                             &ignored, &size, &ignored, &ignored);
+        const std::string name(reinterpret_cast<const char *>(buffer.data()));
+        if (described != SQL_SUCCESS || name.empty() || name.find('"') != std::string::npos)
+            return query;
+        list += (list.empty() ? "" : ", ") + ("rdf_box_data(x.\"" + name + "\")");
+    }
+    return list.empty() ? query : "SELECT " + list + " FROM (" + query + ") x";
+}
 
 } // namespace
 
@@ -186,9 +225,7 @@ void OdbcSession::disconnect()
 // finds out: nobody could say whether it was done.
 bool OdbcSession::stillAnswers()
 {
-    const Statement statement(m_connection);
-    const std::string nothing = "select 1";
-    return SQL_SUCCEEDED(SQLExecDirect(statement.handle(), characters(nothing), SQLINTEGER(nothing.size())));
+    return Statement(m_connection).execute("select 1");
 }
 
 OdbcSession::Fault OdbcSession::faultOf(SQLSMALLINT type, SQLHANDLE handle) const
@@ -211,7 +248,7 @@ OdbcSession::Fault OdbcSession::faultOf(SQLSMALLINT type, SQLHANDLE handle) cons
 
 void OdbcSession::report(const Fault &fault)
 {
-    if (fault.state.starts_with("08") || fault.state == "S2801") {
+    if (isLoss(fault.state)) {
         disconnect();
         m_answers.failed(Failure::Lost, fault.text);
     } else if (fault.state.starts_with("40") || fault.state == "S1T00") {
@@ -229,18 +266,46 @@ void OdbcSession::execute(const std::string &text, bool isUpdate)
     if (m_connection == SQL_NULL_HDBC && !connect())
         return;
     m_answers.started();
+    // A comment at its end is ended.
+    const std::string sql = "SPARQL " + text + "\n";
+    if (isUpdate)
+        executeUpdate(sql);
+    else
+        executeQuery(sql);
+}
+
+void OdbcSession::executeUpdate(const std::string &sql)
+{
     const Statement statement(m_connection);
-    // Braces are SPARQL's here, and not the escapes of ODBC.
-    SQLSetStmtAttr(statement.handle(), SQL_ATTR_NOSCAN, reinterpret_cast<SQLPOINTER>(SQL_NOSCAN_ON), 0);
-    const std::string sql = "SPARQL " + text;
-    const SQLRETURN executed = SQLExecDirect(statement.handle(), characters(sql), SQLINTEGER(sql.size()));
-    if (!SQL_SUCCEEDED(executed) && executed != SQL_NO_DATA) {
-        report(faultOf(SQL_HANDLE_STMT, statement.handle()));
-        return;
-    }
-    if (isUpdate) {
+    if (statement.execute(sql))
         m_answers.done();
-        return;
+    else
+        report(faultOf(SQL_HANDLE_STMT, statement.handle()));
+}
+
+void OdbcSession::executeQuery(const std::string &sql)
+{
+    std::string unboxed;
+    {
+        const Statement statement(m_connection);
+        if (!SQL_SUCCEEDED(SQLPrepare(statement.handle(), characters(sql), SQLINTEGER(sql.size())))) {
+            report(faultOf(SQL_HANDLE_STMT, statement.handle()));
+            return;
+        }
+        unboxed = withoutBoxes(sql, statement.handle());
+    }
+    const Statement statement(m_connection);
+    // What does not stand as a part of another statement goes as it is.
+    if (!statement.execute(unboxed)) {
+        const Fault fault = faultOf(SQL_HANDLE_STMT, statement.handle());
+        if (isLoss(fault.state) || unboxed == sql) {
+            report(fault);
+            return;
+        }
+        if (!statement.execute(sql)) {
+            report(faultOf(SQL_HANDLE_STMT, statement.handle()));
+            return;
+        }
     }
     SQLSMALLINT columns = 0;
     SQLNumResultCols(statement.handle(), &columns);

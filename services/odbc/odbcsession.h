@@ -49,6 +49,8 @@ private:
     [[nodiscard]] bool stillAnswers();
     [[nodiscard]] Fault faultOf(SQLSMALLINT type, SQLHANDLE handle) const;
     void report(const Fault &fault);
+    void executeUpdate(const std::string &sql);
+    void executeQuery(const std::string &sql);
     [[nodiscard]] bool sendRows(SQLHSTMT statement, SQLSMALLINT columns);
     [[nodiscard]] bool sendCell(SQLHSTMT statement, SQLHDESC row, SQLUSMALLINT column);
     [[nodiscard]] SQLRETURN readText(SQLHSTMT statement, SQLUSMALLINT column, bool &isNull);

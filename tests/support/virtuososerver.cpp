@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/virtuososerver.h"
 
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
 #include <QJsonDocument>
+#include <QThread>
 
+#include <algorithm>
 #include <csignal>
 
 using namespace Qt::Literals::StringLiterals;
@@ -10,6 +15,17 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr int s_commandMs = 300000;
+
+bool isStopped(qint64 process)
+{
+    const QString tasks = u"/proc/%1/task"_s.arg(process);
+    const QStringList entries = QDir(tasks).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    return std::all_of(entries.begin(), entries.end(), [&tasks](const QString &task) {
+        QFile file(tasks + u'/' + task + u"/stat"_s);
+        const QByteArray line = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray(") T");
+        return line.sliced(line.lastIndexOf(')')).startsWith(") T");
+    });
+}
 
 } // namespace
 
@@ -54,11 +70,21 @@ bool VirtuosoServer::restart()
 void VirtuosoServer::freeze()
 {
     ::kill(pid_t(processId()), SIGSTOP);
+    // Its threads stop one after the other, and the last one might still answer.
+    QDeadlineTimer deadline(s_commandMs);
+    while (!isStopped(processId()) && !deadline.hasExpired())
+        QThread::yieldCurrentThread();
 }
 
 void VirtuosoServer::thaw()
 {
     ::kill(pid_t(processId()), SIGCONT);
+}
+
+void VirtuosoServer::endTransactions()
+{
+    constexpr int rollBack = 6;
+    sql(u"txn_killall(%1)"_s.arg(rollBack));
 }
 
 void VirtuosoServer::end()

@@ -28,6 +28,8 @@ public:
     // Answers nothing until thaw(), and keeps its connections.
     void freeze();
     void thaw();
+    // Ends what the server still works on for nobody: that a client is gone it notices only when it answers.
+    void endTransactions();
     void end();
 
     [[nodiscard]] QString sqlAddress() const { return fact("sql"); } // host:port

@@ -136,9 +136,9 @@ void OdbcProcess::send(Request kind, const QByteArray &bytes)
     m_process.write(bytes);
 }
 
-void OdbcProcess::query(const QString &text, const QList<int> &idColumns, RowTable rows)
+void OdbcProcess::query(const QString &text, const QList<int> &idColumns)
 {
-    ask(Request::Query, text, OdbcReplyParser(false, idColumns, ResourceIds::shared(), std::move(rows)));
+    ask(Request::Query, text, OdbcReplyParser(false, idColumns, ResourceIds::shared()));
 }
 
 void OdbcProcess::update(const QString &text)

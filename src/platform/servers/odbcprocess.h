@@ -37,8 +37,8 @@ public:
     // Milliseconds since the last answer, or since the start.
     [[nodiscard]] qint64 idleMs() const { return m_sinceAnswer.elapsed(); }
 
-    // Idle ones only. `rows` grows by the answer.
-    void query(const QString &text, const QList<int> &idColumns, RowTable rows);
+    // Idle ones only.
+    void query(const QString &text, const QList<int> &idColumns);
     void update(const QString &text);
     // finished() comes soon all the same.
     void cancel();

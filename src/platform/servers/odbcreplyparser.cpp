@@ -45,11 +45,10 @@ bool isAnswer(quint32 kind)
 
 } // namespace
 
-OdbcReplyParser::OdbcReplyParser(bool isUpdate, const QList<int> &idColumns, ResourceIds &ids, RowTable rows)
+OdbcReplyParser::OdbcReplyParser(bool isUpdate, const QList<int> &idColumns, ResourceIds &ids)
     : m_isUpdate(isUpdate),
       m_idColumns(idColumns),
-      m_ids(ids),
-      m_rows(std::move(rows))
+      m_ids(ids)
 {
 }
 
@@ -103,9 +102,8 @@ bool OdbcReplyParser::columns(QByteArrayView bytes)
         || *count > s_mostColumns)
         return false;
     m_hasColumns = true;
-    if (m_rows.columns() == 0)
-        m_rows = RowTable(int(*count));
-    return m_rows.columns() == int(*count);
+    m_rows = RowTable(int(*count));
+    return true;
 }
 
 bool OdbcReplyParser::cells(QByteArrayView bytes)

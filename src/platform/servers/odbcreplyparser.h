@@ -18,9 +18,8 @@ class OdbcReplyParser
 public:
     enum class State { Incomplete, Done, Failed, Invalid };
 
-    // `idColumns`, from 0, hold numbers of `ids` instead of the IRIs that come. `rows`: what was answered so
-    // far, which grows by this answer.
-    OdbcReplyParser(bool isUpdate, const QList<int> &idColumns, ResourceIds &ids, RowTable rows = {});
+    // `idColumns`, from 0, hold numbers of `ids` instead of the IRIs that come.
+    OdbcReplyParser(bool isUpdate, const QList<int> &idColumns, ResourceIds &ids);
 
     // The state after these bytes; nothing is fed after another one than Incomplete.
     [[nodiscard]] State feed(QByteArrayView bytes);

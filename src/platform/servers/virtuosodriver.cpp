@@ -60,7 +60,7 @@ void VirtuosoDriver::send(StatementId id, const StandardStatement &statement, bo
     }
     auto job = std::make_unique<Job>();
     job->id = id;
-    job->texts = QStringList{statement.text} + statement.furtherTexts;
+    job->text = statement.text;
     job->idColumns = statement.idColumns;
     job->isUpdate = isUpdate;
     m_waiting.push_back(std::move(job));
@@ -87,7 +87,10 @@ void VirtuosoDriver::assign()
             continue;
         helper.job = std::move(m_waiting.front());
         m_waiting.pop_front();
-        sendNextText(helper);
+        if (helper.job->isUpdate)
+            helper.process->update(helper.job->text);
+        else
+            helper.process->query(helper.job->text, helper.job->idColumns);
     }
     if (!m_waiting.empty())
         askLogin();
@@ -127,26 +130,10 @@ void VirtuosoDriver::startHelper(const Login &login)
     m_idleWatch.start();
 }
 
-void VirtuosoDriver::sendNextText(Helper &helper)
-{
-    const QString text = helper.job->texts.takeFirst();
-    if (helper.job->isUpdate)
-        helper.process->update(text);
-    else
-        helper.process->query(text, helper.job->idColumns, std::move(helper.job->rows));
-}
-
 void VirtuosoDriver::helperFinished(OdbcProcess *process)
 {
     Helper *const helper = helperOf(process);
     OdbcProcess::Outcome outcome = process->takeOutcome();
-    const bool goesOn = helper->job && outcome.ending == OdbcProcess::Ending::Answered
-        && !helper->job->texts.isEmpty() && process->isIdle();
-    if (goesOn) {
-        helper->job->rows = std::move(outcome.rows);
-        sendNextText(*helper);
-        return;
-    }
     const std::unique_ptr<Job> job = std::move(helper->job);
     const QPointer<VirtuosoDriver> self(this);
     if (job)

@@ -5,8 +5,6 @@
 #include "odbcprocess.h"
 #include "serverdriver.h"
 
-#include <QStringList>
-
 #include <deque>
 #include <memory>
 #include <vector>
@@ -34,10 +32,9 @@ private:
     struct Job
     {
         StatementId id = 0;
-        QStringList texts; // still to be sent, in this order
+        QString text;
         QList<int> idColumns;
         bool isUpdate = false;
-        RowTable rows; // of the texts before
     };
     struct Helper
     {
@@ -49,7 +46,6 @@ private:
     void assign();
     void askLogin();
     void startHelper(const Login &login);
-    void sendNextText(Helper &helper);
     void helperFinished(OdbcProcess *process);
     void helperEnded(OdbcProcess *process);
     void endIdleHelpers();

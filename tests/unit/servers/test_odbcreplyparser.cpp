@@ -76,7 +76,6 @@ class TestOdbcReplyParser : public QObject
 private Q_SLOTS:
     void readsAnAnswerCutAnywhere();
     void numbersIris();
-    void goesOnWithTheRowsBefore();
     void tellsWhatFailed();
     void knowsWhetherTheServerSawIt();
     void refuses_data();
@@ -108,16 +107,6 @@ void TestOdbcReplyParser::numbersIris()
     const RowTable rows = parser.takeRows();
     QCOMPARE(rows.value(0, 0), QVariant(qlonglong(ids.idOf(u"urn:a"_s))));
     QCOMPARE(rows.value(1, 0), QVariant(qlonglong(known)));
-}
-
-void TestOdbcReplyParser::goesOnWithTheRowsBefore()
-{
-    ResourceIds ids;
-    OdbcReplyParser first(false, {}, ids);
-    QCOMPARE(first.feed(wholeAnswer()), State::Done);
-    OdbcReplyParser second(false, {}, ids, first.takeRows());
-    QCOMPARE(second.feed(wholeAnswer()), State::Done);
-    QCOMPARE(second.takeRows().rows(), 4);
 }
 
 void TestOdbcReplyParser::tellsWhatFailed()
