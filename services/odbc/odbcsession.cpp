@@ -136,8 +136,8 @@ std::string withoutBoxes(const std::string &query, SQLHSTMT prepared)
         SQLSMALLINT ignored = 0;
         SQLULEN size = 0;
         const SQLRETURN described
-            = SQLDescribeCol(prepared, SQLUSMALLINT(column), buffer.data(), SQLSMALLINT(buffer.size()), &length,
-                             &ignored, &size, &ignored, &ignored);
+            = SQLDescribeCol(prepared, SQLUSMALLINT(column), buffer.data(), SQLSMALLINT(buffer.size()),
+                             &length, &ignored, &size, &ignored, &ignored);
         const std::string name(reinterpret_cast<const char *>(buffer.data()));
         if (described != SQL_SUCCESS || name.empty() || name.find('"') != std::string::npos)
             return query;
