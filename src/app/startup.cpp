@@ -8,6 +8,7 @@
 #include "endsignals.h"
 #include "fileops/saveasmanager.h"
 #include "kestrelapplicationservice.h"
+#include "platform/servers/serverdrivers.h"
 #include "platform/share/platformshareservice.h"
 #include "platform/sparql/sparqldriver.h"
 #include "platform/system/usernotice.h"
@@ -72,6 +73,7 @@ std::unique_ptr<ServerLibrary> openServer()
 {
     if (!TrackerInterface::isOnServer())
         return {};
+    registerServerDrivers();
     auto server = std::make_unique<ServerLibrary>(TrackerInterface::trackerMode());
     server->follow(TrackerInterface::instance());
     return server;
