@@ -366,7 +366,7 @@ void FolderFollower::lookAt(const ToldFile &file)
 {
     const auto identity = FileIdentity::ofFile(file.path);
     if (identity && file.agreesWith(*identity))
-        report({file.path, *identity, file.fresh, file.facts});
+        report({file.path, *identity, file.fresh, !file.isRead, file.facts});
 }
 
 // True when the file at the path needs no further look.
@@ -380,7 +380,7 @@ bool FolderFollower::reportTold(const QString &path)
     const auto identity = FileIdentity::ofFile(path);
     if (!file.facts || !identity || !file.agreesWith(*identity))
         return false;
-    report({path, *identity, false, file.facts});
+    report({path, *identity, false, false, file.facts});
     return true;
 }
 
@@ -398,16 +398,23 @@ void FolderFollower::reportRestOfTold()
     flush();
 }
 
-void FolderFollower::checkDropped(const QStringList &paths)
+// A file that was replaced at once may be dropped for good by an index that saw the deletion last: what is
+// there is read here.
+void FolderFollower::checkDropped(const QStringList &paths, bool indexRuns)
 {
     QStringList absent;
     for (const QString &path : paths) {
-        if (!FileIdentity::ofFile(path))
+        const auto identity = FileIdentity::ofFile(path);
+        if (!identity) {
             absent.append(path);
+        } else if (mayBeVideo(path)) {
+            m_inotify->watch(QFileInfo(path).path());
+            consider(path, *identity, false);
+        }
     }
     flush(); // what came first: it may be one of these under another name
     if (!absent.isEmpty())
-        Q_EMIT missing(absent);
+        Q_EMIT missing(absent, indexRuns);
 }
 
 void FolderFollower::release(const QString &folder)

@@ -36,8 +36,9 @@ public Q_SLOTS:
     // Videos that the desktop's index knows. In a folder that is still to be read they are reported in its
     // turn, everywhere else at once; they are not opened.
     void takeTold(const QList<ToldFile> &files);
-    // Files that the index does not have (any more); those that are not there are reported as missing.
-    void checkDropped(const QStringList &paths);
+    // Files that the index does not have (any more). Those that are not there are reported as missing, the
+    // others as found, and what happens in their folders is followed from now on.
+    void checkDropped(const QStringList &paths, bool indexRuns);
     // Lets go of everything below the folder, which is about to be unmounted.
     void release(const QString &folder);
     // Reads the head and tail of a file; answered by digested().
@@ -50,8 +51,9 @@ Q_SIGNALS:
     void scanFinished(const QString &root);
     void moved(const QString &from, const QString &to, bool isFolder);
     void gone(const QString &path, bool isFolder);
-    // Files outside what is followed were looked for and are not in their places.
-    void missing(const QStringList &paths);
+    // Files outside what is followed were looked for and are not in their places. While the index runs it
+    // would know them elsewhere.
+    void missing(const QStringList &paths, bool indexRuns);
     void mountsChanged();
     // The root, or a file system below it, is out of reach: nothing is known of what lies there.
     void away(const QString &folder);

@@ -48,6 +48,9 @@ void Indexer::onFound(const QList<FoundFile> &files)
 
 void Indexer::consider(const FoundFile &file)
 {
+    if (file.isPromised && m_library->table().urnsOfInode(file.identity).isEmpty()
+        && !mayBeKnown(file.identity))
+        return;
     if (const auto job = m_jobs.find(file.path); job != m_jobs.end()) {
         if (!job->identity.sameState(file.identity))
             job->newer = file.identity;
@@ -375,9 +378,14 @@ void Indexer::lose(const QStringList &urns)
         m_library->remove(lost);
 }
 
-void Indexer::onMissing(const QStringList &paths)
+// What may turn up again is forgotten only where the person made nothing of it.
+void Indexer::onMissing(const QStringList &paths, bool surely)
 {
-    m_missing += paths;
+    for (const QString &path : paths) {
+        const VideoRecord *known = m_library->table().byPath(path);
+        if (known && (surely || !m_library->journal()->find(known->urn)))
+            m_missing.append(path);
+    }
     concludeMissing();
 }
 

@@ -37,8 +37,8 @@ public Q_SLOTS:
     void onScanFinished(const QString &root);
     void onMoved(const QString &from, const QString &to, bool isFolder);
     void onGone(const QString &path, bool isFolder);
-    // Files that nobody follows were looked for and not found.
-    void onMissing(const QStringList &paths);
+    // Files that nobody follows were looked for and not found. Unless `surely`, they may have been moved.
+    void onMissing(const QStringList &paths, bool surely);
     void onAway(const QString &folder);
     void onDigested(const QString &path, const QByteArray &digest);
 

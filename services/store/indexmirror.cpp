@@ -96,6 +96,8 @@ void IndexMirror::update()
     }
     if (m_index.state() != DesktopIndex::State::Looking && !isReady)
         settle();
+    if (m_index.state() == DesktopIndex::State::Absent && std::exchange(m_hasToldAll, false))
+        Q_EMIT silent();
 }
 
 void IndexMirror::open(const QString &path)
@@ -152,6 +154,6 @@ void IndexMirror::settle()
     if (std::exchange(m_settled, true))
         return;
     if (!m_hasToldAll)
-        Q_EMIT toldAll(m_told);
+        Q_EMIT silent();
     Q_EMIT settled();
 }

@@ -39,8 +39,10 @@ Q_SIGNALS:
     void told(const QList<ToldFile> &files);
     // Files that the index let go of; they may still be there.
     void dropped(const QStringList &paths);
-    // Everything that the index knows, or that it was willing to tell, has been told: these files.
+    // Everything that the index knows has been told: these files.
     void toldAll(const QSet<QString> &paths);
+    // The index does not say, or not any more, what it knows.
+    void silent();
     // After tellAll(): all was told, or will not be soon.
     void settled();
 

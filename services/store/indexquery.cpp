@@ -14,6 +14,7 @@ namespace {
 
 enum Column {
     FileIri,
+    Content,
     Url,
     Size,
     Modified,
@@ -32,11 +33,15 @@ enum Column {
     ColumnCount
 };
 
-// The index keeps a file and its content as two resources. Functions rather than patterns: a value that is
-// missing must not hide the row.
+// The index keeps a file and its content as two resources; the second one comes when it has read the file.
+const QString s_content = u"?video a nmm:Video ; nie:isStoredAs ?file"_s;
+const QString s_unread = u"GRAPH tracker:Video { ?file a nfo:FileDataObject ; nfo:fileName ?name } "
+                         "FILTER NOT EXISTS { ?any nie:isStoredAs ?file }"_s;
+
+// Functions rather than patterns: a value that is missing must not hide the row.
 QString selectVideos(const QString &where)
 {
-    return u"SELECT DISTINCT ?file nie:url(?file) nfo:fileSize(?file) nfo:fileLastModified(?file) "
+    return u"SELECT DISTINCT ?file ?video nie:url(?file) nfo:fileSize(?file) nfo:fileLastModified(?file) "
            "nfo:duration(?video) nie:title(?video) nie:mimeType(?video) nie:contentCreated(?video) "
            "nfo:width(?video) nfo:height(?video) nfo:manufacturer(nfo:equipment(?video)) "
            "nfo:model(nfo:equipment(?video)) nmm:synopsis(?video) nmm:episodeNumber(?video) "
@@ -88,7 +93,7 @@ std::shared_ptr<const MediaReply> factsOf(const QStringList &cells)
 
 QString allVideosQuery()
 {
-    return selectVideos(u"?video a nmm:Video ; nie:isStoredAs ?file"_s);
+    return selectVideos(u"{ %1 } UNION { %2 }"_s.arg(s_content, s_unread));
 }
 
 QString videosQuery(const QStringList &urns)
@@ -96,8 +101,8 @@ QString videosQuery(const QStringList &urns)
     const QString values = valuesOf(urns);
     if (values.isEmpty())
         return {};
-    return selectVideos(u"{ VALUES ?video { %1 } ?video a nmm:Video ; nie:isStoredAs ?file } UNION "
-                        "{ VALUES ?file { %1 } ?video a nmm:Video ; nie:isStoredAs ?file }"_s.arg(values));
+    return selectVideos(u"{ VALUES ?video { %1 } %2 } UNION { VALUES ?file { %1 } %2 } UNION "
+                        "{ VALUES ?file { %1 } %3 }"_s.arg(values, s_content, s_unread));
 }
 
 QString indexedFoldersQuery(const QStringList &urns)
@@ -121,6 +126,8 @@ std::optional<ToldFile> toldFileOf(const QStringList &cells)
     const QDateTime modified = QDateTime::fromString(cells[Modified], Qt::ISODateWithMs);
     if (modified.isValid())
         file.modified = modified.toSecsSinceEpoch();
-    file.facts = factsOf(cells);
+    file.isRead = !cells[Content].isEmpty();
+    if (file.isRead)
+        file.facts = factsOf(cells);
     return file;
 }

@@ -9,7 +9,7 @@
 
 // The questions to the desktop's file index and how its rows are read.
 
-// Every video that it knows.
+// Every video that it knows, and the video files that it has not read yet.
 [[nodiscard]] QString allVideosQuery();
 // The videos among resources, which may be files or what lies in them. Names that cannot stand in a query are
 // left out; empty when none is left.

@@ -122,16 +122,19 @@ void StoreService::followDesktopIndex()
 {
     m_mirror = new IndexMirror(QDBusConnection::sessionBus(), IndexMirror::defaultPatienceMs, this);
     connect(m_mirror, &IndexMirror::told, m_follower, &FolderFollower::takeTold);
-    connect(m_mirror, &IndexMirror::dropped, m_follower, &FolderFollower::checkDropped);
-    connect(m_mirror, &IndexMirror::toldAll, this, &StoreService::checkOutsiders);
+    connect(m_mirror, &IndexMirror::dropped, m_follower,
+            [follower = m_follower](const QStringList &paths) { follower->checkDropped(paths, true); });
+    connect(m_mirror, &IndexMirror::toldAll, this,
+            [this](const QSet<QString> &paths) { checkOutsiders(paths, true); });
+    connect(m_mirror, &IndexMirror::silent, this, [this] { checkOutsiders({}, false); });
     connect(m_mirror, &IndexMirror::settled, m_follower,
             [follower = m_follower] { follower->setWaiting(false); });
     connect(m_follower, &FolderFollower::mountsChanged, m_mirror, &IndexMirror::onMountsChanged);
 }
 
 // Videos of folders that only the index follows: what it does not have any more may have been deleted while
-// nobody looked.
-void StoreService::checkOutsiders(const QSet<QString> &told)
+// nobody looked. Where there is no index, their folders are followed from here.
+void StoreService::checkOutsiders(const QSet<QString> &told, bool indexRuns)
 {
     const auto isFollowed = [this](const QString &path) {
         return std::any_of(m_roots.cbegin(), m_roots.cend(),
@@ -145,8 +148,9 @@ void StoreService::checkOutsiders(const QSet<QString> &told)
             paths.append(path);
     }
     if (!paths.isEmpty())
-        QMetaObject::invokeMethod(m_follower,
-                                  [follower = m_follower, paths] { follower->checkDropped(paths); });
+        QMetaObject::invokeMethod(m_follower, [follower = m_follower, paths, indexRuns] {
+            follower->checkDropped(paths, indexRuns);
+        });
 }
 
 void StoreService::addRoot(const QString &path)

@@ -67,7 +67,7 @@ private:
     void connectParts();
     void connectFollower();
     void followFolders();
-    void checkOutsiders(const QSet<QString> &told);
+    void checkOutsiders(const QSet<QString> &told, bool indexRuns);
     void answerWaiting();
     void answerRecorded();
     void announceHealth(bool healthy);

@@ -18,6 +18,7 @@ struct ToldFile
     qint64 modified = -1; // seconds since the epoch
     // What a worker would find in the file; null where the index does not know enough of it.
     std::shared_ptr<const MediaReply> facts;
+    bool isRead = false; // the index has looked into it
     bool fresh = false; // told by an event
 
     // The file is in the state that the index read.

@@ -17,6 +17,8 @@ struct FoundFile
     QString path;
     FileIdentity identity; // without digest
     bool fresh = false; // reported by an event rather than by a scan
+    // Somebody else is about to read it and will tell: of interest only as the new place of a known file.
+    bool isPromised = false;
     // What a worker would find in it, where somebody who can be believed has read it already.
     std::shared_ptr<const MediaReply> facts = nullptr;
 };

@@ -198,12 +198,32 @@ bool TrackerInterface::askStoredPlace(const QString &urn,
     SparqlResult *result = send(SparqlQuery(propertyQuery(urn, u"nmm:runTime"_s)));
     if (!result)
         return false;
-    connect(result, &SparqlResult::finished, this, [result, answer] {
+    connect(result, &SparqlResult::finished, this, [this, result, urn, answer] {
         result->deleteLater();
         StoredPlace place;
         place.answered = !result->hasError();
         if (place.answered && result->next())
             place.position = result->value(0).toUInt();
+        else if (place.answered && isOnServer() && askWhetherAtBeginning(urn, answer))
+            return;
+        answer(place);
+    });
+    return true;
+}
+
+// The library's own store has a place for each of its videos; others have none in what was never played.
+bool TrackerInterface::askWhetherAtBeginning(const QString &urn,
+                                             const std::function<void(const StoredPlace &)> &answer)
+{
+    SparqlResult *result = send(SparqlQuery(propertyQuery(urn, u"nie:url"_s)));
+    if (!result)
+        return false;
+    connect(result, &SparqlResult::finished, this, [result, answer] {
+        result->deleteLater();
+        StoredPlace place;
+        place.answered = !result->hasError();
+        if (place.answered && result->next())
+            place.position = 0;
         answer(place);
     });
     return true;

@@ -111,6 +111,7 @@ private:
     bool updateProperty(const QString &value, const QString &urn, const QString &property,
                         const Acknowledged &acknowledged = {});
     int propertyOf(const QString &urn, const QString &property, const char *slot);
+    bool askWhetherAtBeginning(const QString &urn, const std::function<void(const StoredPlace &)> &answer);
     [[nodiscard]] QString equipmentIri();
     void askForAllAgain();
 

@@ -402,6 +402,10 @@ void TestServersDialect::updates_data()
     QTest::newRow("position where none was") << u"nmm:runTime"_s << QStringList{u"7"_s} << u"7^^integer"_s;
     QTest::newRow("position again") << u"nmm:runTime"_s << QStringList{u"7"_s, u"0"_s, u"0"_s}
                                     << u"0^^integer"_s;
+    QTest::newRow("count") << u"nie:usageCounter"_s << QStringList{u"1"_s, u"2"_s} << u"2^^integer"_s;
+    QTest::newRow("time") << u"nie:contentAccessed"_s
+                          << QStringList{u"2024-02-03T04:05:06Z"_s, u"2025-02-03T04:05:06Z"_s}
+                          << u"2025-02-03T04:05:06Z^^dateTime"_s;
     QTest::newRow("longest position")
         << u"nmm:runTime"_s << QStringList{u"4294967295"_s} << u"4294967295^^integer"_s;
 }

@@ -8,3 +8,10 @@ target_compile_definitions(kestrel_store_session PRIVATE KESTREL_BIN_DIR="${CMAK
 target_link_libraries(kestrel_store_session
   PUBLIC kestrel_options Qt6::Core Qt6::DBus Qt6::Test PkgConfig::TRACKER PkgConfig::GIO)
 add_dependencies(kestrel_store_session kestrel-store)
+
+# The desktop's own file index beside it.
+add_library(kestrel_desktop_miner STATIC
+  ${CMAKE_CURRENT_SOURCE_DIR}/desktopminer.cpp ${CMAKE_CURRENT_SOURCE_DIR}/desktopminer.h)
+target_include_directories(kestrel_desktop_miner PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/..)
+target_link_libraries(kestrel_desktop_miner
+  PUBLIC kestrel_options Qt6::Core Qt6::Test PkgConfig::TRACKER PkgConfig::GIO)

@@ -9,8 +9,8 @@
 #include <memory>
 
 // A database of the store library in a temporary folder: asked directly, and served by the library's own HTTP
-// endpoint (read-only, queries by GET only) on a port of 127.0.0.1. The endpoint answers from this process's
-// event loop; everything else here blocks.
+// endpoint (read-only, queries by GET only), which listens on every interface and knows no other way. The
+// endpoint answers from this process's event loop; everything else here blocks.
 class StoreEndpoint
 {
 public:

@@ -49,7 +49,7 @@ std::optional<IdFilter> idFilter(const sparql::Tokens &tokens, const ResourceIds
     for (qsizetype i = 0; i < tokens.size(); ++i) {
         if (!tokens[i].isKeyword(u"FILTER"))
             continue;
-        if (const std::optional<IdFilter> filter = idFilterAt(tokens, i, ids))
+        if (std::optional<IdFilter> filter = idFilterAt(tokens, i, ids))
             return filter;
     }
     return {};

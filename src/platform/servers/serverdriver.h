@@ -44,11 +44,6 @@ class ServerDriver : public SparqlDriver
     Q_OBJECT
 
 public:
-    ~ServerDriver() override;
-
-    SparqlResult *exec(const SparqlQuery &query, QObject *owner) final;
-
-protected:
     using StatementId = quint64; // never given twice by one driver
 
     enum class Ending {
@@ -67,6 +62,11 @@ protected:
         std::chrono::milliseconds retryAfter{0}; // Busy: as the server asked
     };
 
+    ~ServerDriver() override;
+
+    SparqlResult *exec(const SparqlQuery &query, QObject *owner) final;
+
+protected:
     explicit ServerDriver(const ServerSettings &settings, const ServerPatience &patience = {});
 
     [[nodiscard]] const ServerSettings &settings() const { return m_settings; }

@@ -189,6 +189,7 @@ SparqlJsonParser::End SparqlJsonParser::finish()
     if (isBroken())
         return End::Broken;
     if (m_replayed == 0 && m_expect != Expect::Nothing) {
+        m_isCutOff = true;
         m_error = u"the answer was cut off after %1 bytes"_s.arg(m_offset);
         return End::Broken;
     }
@@ -324,7 +325,9 @@ const char *SparqlJsonParser::readScalar(const char *at, const char *end)
 
 void SparqlJsonParser::readSign(char sign)
 {
-    const bool expectsValue = m_expect == Expect::Value || m_expect == Expect::ValueOrEnd;
+    // The document itself is an object.
+    const bool expectsValue
+        = !m_levels.empty() && (m_expect == Expect::Value || m_expect == Expect::ValueOrEnd);
     const bool expectsKey = m_expect == Expect::Key || m_expect == Expect::KeyOrEnd;
     switch (sign) {
     case '{':
@@ -354,7 +357,8 @@ void SparqlJsonParser::readSign(char sign)
             fail(u"a character out of place"_s);
         m_text.resize(0);
         m_text.append(sign);
-        m_lexer = Lexer::Scalar;
+        if (!isBroken())
+            m_lexer = Lexer::Scalar;
     }
 }
 
@@ -498,10 +502,8 @@ void SparqlJsonParser::scalar()
         fail(u"a word that JSON does not have"_s);
         return;
     }
-    const Context context = m_levels.empty() ? Context::Skipped : m_levels.back().context;
-    if (m_levels.empty())
-        fail(u"it is no object"_s);
-    else if (context == Context::Top && m_member == Member::Boolean && isTruth)
+    const Context context = m_levels.back().context;
+    if (context == Context::Top && m_member == Member::Boolean && isTruth)
         answerTruth(m_text == "true");
     else if (needsOther(context))
         fail(u"a number or word in place of a value"_s);
@@ -562,10 +564,8 @@ int SparqlJsonParser::columnOf(QByteArrayView name)
 
 void SparqlJsonParser::value(QByteArrayView text)
 {
-    const Context context = m_levels.empty() ? Context::Skipped : m_levels.back().context;
-    if (m_levels.empty()) {
-        fail(u"it is no object"_s);
-    } else if (context == Context::Variables) {
+    const Context context = m_levels.back().context;
+    if (context == Context::Variables) {
         m_variables.append(text.toByteArray());
     } else if (context == Context::Cell) {
         if (m_member == Member::Value) {

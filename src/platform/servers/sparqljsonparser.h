@@ -42,6 +42,8 @@ public:
     [[nodiscard]] End finish();
 
     [[nodiscard]] QString error() const { return m_error; } // one line, null when all is well
+    // The document had not come to its end.
+    [[nodiscard]] bool isCutOff() const { return m_isCutOff; }
     [[nodiscard]] QList<QByteArray> variables() const { return m_variables; }
     [[nodiscard]] RowTable takeTable() { return std::move(m_table); }
 
@@ -111,6 +113,7 @@ private:
     QList<QByteArray> m_variables;
     bool m_hasVariables = false;
     bool m_hasAnswer = false;
+    bool m_isCutOff = false;
     QString m_error;
     qint64 m_offset = 0;
 

@@ -20,6 +20,8 @@ private Q_SLOTS:
     void aPlayIsOneMoreAndNow_data();
     void aPlayIsOneMoreAndNow();
     void aPlayThatCannotBeCountedIsNot();
+    void aVideoWithoutAPlaceIsAtItsBeginningOnAServer_data();
+    void aVideoWithoutAPlaceIsAtItsBeginningOnAServer();
     void storedPropertiesAreTold();
     void aListThatFailedIsTold();
     void aStoreThatCannotBeReachedIsTold();
@@ -83,6 +85,34 @@ void TestStoreNews::aPlayThatCannotBeCountedIsNot()
                          "void TrackerInterface::recordPlay(const QString&) Error in query: \"gone\"");
     m_driver->fail(lastStatement(), u"gone"_s);
     QCOMPARE(m_driver->texts(SparqlQuery::UpdateStatement), QStringList());
+}
+
+void TestStoreNews::aVideoWithoutAPlaceIsAtItsBeginningOnAServer_data()
+{
+    QTest::addColumn<QString>("mode");
+    QTest::addColumn<bool>("isThere");
+    QTest::addColumn<QString>("place");
+    QTest::newRow("own store") << u"QTRACKER"_s << true << u"no such video"_s;
+    QTest::newRow("server") << u"QVIRTUOSO"_s << true << u"0"_s;
+    QTest::newRow("server without it") << u"QVIRTUOSO"_s << false << u"no such video"_s;
+}
+
+// Somebody leaves a video that nobody has ever played, and the program is killed.
+void TestStoreNews::aVideoWithoutAPlaceIsAtItsBeginningOnAServer()
+{
+    QFETCH(const QString, mode);
+    QFETCH(const bool, isThere);
+    TrackerInterface::setTrackerMode(mode);
+    m_driver->answerWhen(u"nmm:runTime"_s, FakeSparqlAnswer::rows({}));
+    m_driver->answerWhen(
+        u"nie:url"_s, FakeSparqlAnswer::rows(isThere ? QList<QVariantList>{{url}} : QList<QVariantList>()));
+    QString place;
+    QVERIFY(m_store->askStoredPlace(urn, [&place](const TrackerInterface::StoredPlace &stored) {
+        place = !stored.answered ? u"no answer"_s
+                                 : (stored.position ? QString::number(*stored.position) : u"no such video"_s);
+    }));
+    QTRY_VERIFY_WITH_TIMEOUT(!place.isEmpty(), 20000);
+    QTEST(place, "place");
 }
 
 void TestStoreNews::storedPropertiesAreTold()

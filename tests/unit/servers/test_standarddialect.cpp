@@ -285,6 +285,15 @@ void TestStandardDialect::updates_data()
     row("no number", u"nmm:runTime"_s, u"1e3"_s, u"\"1e3\""_s);
     row("no number either", u"nmm:runTime"_s, u"1 } ; DROP ALL"_s, u"\"1 } ; DROP ALL\""_s);
     row("another number", u"nmm:season"_s, u"17"_s, u"\"17\""_s);
+    const QString inNie = u"WITH <urn:graph:library> DELETE { <urn:video:1> %1 ?k_insert } INSERT { "
+                          "<urn:video:1> %1 %2 } WHERE { <urn:video:1> a nmm:Video . OPTIONAL { "
+                          "<urn:video:1> %1 ?k_insert .} }"_s;
+    QTest::newRow("count") << u"nie:usageCounter"_s << u"3"_s
+                           << declared({u"nie"_s, u"nmm"_s}) + inNie.arg(u"nie:usageCounter"_s, u"3"_s);
+    QTest::newRow("time") << u"nie:contentAccessed"_s << u"2024-02-03T04:05:06Z"_s
+                          << declared({u"nie"_s, u"nmm"_s})
+            + inNie.arg(u"nie:contentAccessed"_s,
+                        u"\"2024-02-03T04:05:06Z\"^^<http://www.w3.org/2001/XMLSchema#dateTime>"_s);
     QTest::newRow("title") << u"nie:title"_s << u"17"_s << titleUpdate(u"\"17\""_s);
     QTest::newRow("quotes") << u"nie:title"_s << u"a \"b\" 'c' \\"_s
                             << titleUpdate(u"\"a \\\"b\\\" 'c' \\\\\""_s);

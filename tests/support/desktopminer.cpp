@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/desktopminer.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr char s_name[] = "org.freedesktop.Tracker3.Miner.Files";
+
+bool write(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly)
+        && file.write(content) == content.size();
+}
+
+QString minerProgram()
+{
+    for (const QString &program : {u"/usr/libexec/tracker-miner-fs-3"_s, u"/usr/libexec/localsearch-3"_s}) {
+        if (QFile::exists(program))
+            return program;
+    }
+    return {};
+}
+
+} // namespace
+
+DesktopMiner::DesktopMiner(const QProcessEnvironment &session) : m_environment(session)
+{
+    const QString config = session.value(u"XDG_CONFIG_HOME"_s);
+    const QString home = session.value(u"HOME"_s);
+    write(config + u"/user-dirs.dirs"_s,
+          "XDG_VIDEOS_DIR=\"$HOME/Videos\"\nXDG_PICTURES_DIR=\"$HOME/Pictures\"\n");
+    write(config + u"/glib-2.0/settings/keyfile"_s,
+          "[org/freedesktop/tracker/miner/files]\ninitial-sleep=0\nindex-applications=false\n"
+          "index-recursive-directories=['&VIDEOS', '&PICTURES']\nindex-single-directories=@as []\n");
+    QDir().mkpath(home + u"/Pictures"_s);
+    // It passes over the folder for temporary files, in which the whole session lies.
+    QDir().mkpath(home + u"/tmp"_s);
+    m_environment.insert(u"TMPDIR"_s, home + u"/tmp"_s);
+    m_environment.insert(u"GSETTINGS_BACKEND"_s, u"keyfile"_s);
+    m_environment.insert(u"GIO_USE_VOLUME_MONITOR"_s, u"unix"_s);
+    m_bus = g_dbus_connection_new_for_address_sync(
+        session.value(u"DBUS_SESSION_BUS_ADDRESS"_s).toUtf8().constData(),
+        GDBusConnectionFlags(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT
+                             | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+        nullptr, nullptr, nullptr);
+}
+
+DesktopMiner::~DesktopMiner()
+{
+    stop();
+    g_clear_object(&m_bus);
+}
+
+bool DesktopMiner::start()
+{
+    const QString program = minerProgram();
+    if (program.isEmpty() || !m_bus)
+        return false;
+    m_process.setProcessEnvironment(m_environment);
+    m_process.setProcessChannelMode(QProcess::ForwardedChannels);
+    m_process.start(program, {});
+    if (!m_process.waitForStarted() || !QTest::qWaitFor([this] { return !status().isEmpty(); }, 30000))
+        return false;
+    m_index = tracker_sparql_connection_bus_new(s_name, nullptr, m_bus, nullptr);
+    return m_index != nullptr;
+}
+
+void DesktopMiner::stop()
+{
+    g_clear_object(&m_index);
+    if (m_process.state() == QProcess::NotRunning)
+        return;
+    m_process.terminate();
+    if (!m_process.waitForFinished(20000)) {
+        m_process.kill();
+        m_process.waitForFinished(5000);
+    }
+    (void)QTest::qWaitFor([this] { return status().isEmpty(); }, 20000);
+}
+
+bool DesktopMiner::reset()
+{
+    return QDir(m_environment.value(u"XDG_CACHE_HOME"_s) + u"/tracker3"_s).removeRecursively();
+}
+
+// Empty while nobody has the name; nobody is started by the question.
+QString DesktopMiner::status()
+{
+    GVariant *reply = g_dbus_connection_call_sync(
+        m_bus, s_name, "/org/freedesktop/Tracker3/Miner/Files", "org.freedesktop.Tracker3.Miner", "GetStatus",
+        nullptr, G_VARIANT_TYPE("(s)"), G_DBUS_CALL_FLAGS_NO_AUTO_START, 20000, nullptr, nullptr);
+    if (!reply)
+        return {};
+    const char *text = nullptr;
+    g_variant_get(reply, "(&s)", &text);
+    const QString status = QString::fromUtf8(text);
+    g_variant_unref(reply);
+    return status;
+}
+
+QStringList DesktopMiner::rows(const char *query)
+{
+    QStringList rows;
+    TrackerSparqlCursor *cursor
+        = m_index ? tracker_sparql_connection_query(m_index, query, nullptr, nullptr) : nullptr;
+    while (cursor && tracker_sparql_cursor_next(cursor, nullptr, nullptr)) {
+        QStringList cells;
+        for (int column = 0; column < tracker_sparql_cursor_get_n_columns(cursor); ++column)
+            cells.append(QString::fromUtf8(tracker_sparql_cursor_get_string(cursor, column, nullptr)));
+        rows.append(cells.join(u' '));
+    }
+    g_clear_object(&cursor);
+    rows.sort();
+    return rows;
+}
+
+QStringList DesktopMiner::videos()
+{
+    return rows("SELECT DISTINCT nfo:fileName(?file) "
+                "{ ?video a nmm:Video ; nfo:duration ?d ; nie:isStoredAs ?file }");
+}
+
+QString DesktopMiner::describe()
+{
+    return status() + u'\n'
+        + rows("SELECT DISTINCT ?file ?video nfo:fileSize(?file) nfo:fileLastModified(?file) "
+               "nfo:duration(?video) nie:title(?video) { ?file a nfo:FileDataObject ; nfo:fileName ?name "
+               "OPTIONAL { ?video nie:isStoredAs ?file } }")
+              .join(u'\n');
+}
+
+bool DesktopMiner::waitFor(QStringList fileNames)
+{
+    fileNames.sort();
+    const bool ok
+        = QTest::qWaitFor([&] { return m_index && videos() == fileNames && status() == u"Idle"_s; }, 60000);
+    if (!ok)
+        qWarning() << "the index knows" << videos() << "and is" << status();
+    return ok;
+}
