@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What others change in a library on a real server, told to whoever listens for changes.
+// What others change in a library on a real server, told to whoever listens for changes, through both
+// drivers.
 #include "platform/servers/changepoll.h"
+#include "platform/servers/endpointdriver.h"
 #include "platform/servers/resourceids.h"
 #include "platform/servers/virtuosodriver.h"
 #include "support/driventimer.h"
@@ -21,14 +23,15 @@ using Quad = ChangeNotifier::Quad;
 namespace {
 
 constexpr int Wait = 60000; // ms
-constexpr int Videos = 3000;
+constexpr int Videos = 300;
 constexpr int VideoClass = 101;
 constexpr int TitleId = 102;
 constexpr int PositionId = 103;
 constexpr int FileNameId = 104;
 constexpr int TypeId = 105;
 const QString graph = u"urn:kestrel:videos"_s;
-const QString odbcDriver = u"QVIRTUOSO"_s;
+const QString odbc = u"QVIRTUOSO"_s;
+const QString endpoint = u"QSPARQL_ENDPOINT"_s;
 
 QString prefixed(const QString &statement)
 {
@@ -76,6 +79,7 @@ class TestServerChanges : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase_data();
     void initTestCase();
     void init();
     void cleanup();
@@ -94,6 +98,7 @@ private:
     [[nodiscard]] QTimer *timer() const { return m_poll->findChild<QTimer *>(u"pollTimer"_s); }
     QString takeTold();
 
+    QString m_driver;
     VirtuosoServer m_server;
     QTemporaryDir m_folder;
     std::unique_ptr<FakeSparqlStore> m_ownStore;
@@ -103,6 +108,13 @@ private:
     QList<Quad> m_inserts;
     bool m_wasReset = false;
 };
+
+void TestServerChanges::initTestCase_data()
+{
+    QTest::addColumn<QString>("driver");
+    QTest::newRow("odbc") << odbc;
+    QTest::newRow("endpoint") << endpoint;
+}
 
 void TestServerChanges::initTestCase()
 {
@@ -116,6 +128,8 @@ void TestServerChanges::initTestCase()
 
 void TestServerChanges::init()
 {
+    QFETCH_GLOBAL(const QString, driver);
+    m_driver = driver;
     QVERIFY(m_server.fill(graph, Videos));
     ServerSettings settings;
     settings.odbcServer = m_server.sqlAddress();
@@ -124,11 +138,16 @@ void TestServerChanges::init()
     patience.firstRetry = 20ms;
     patience.firstProbe = 50ms;
     patience.lastProbe = 100ms;
-    SparqlDriverRegistry::registerDriver(odbcDriver, [=, this](const SparqlConnectionOptions &) {
-        auto credentials
-            = std::make_unique<Credentials>(QDBusConnection(u"none"_s), m_folder.filePath(u"credentials"_s));
-        return std::make_unique<VirtuosoDriver>(settings, patience, std::move(credentials),
+    settings.queryAddress = QUrl(u"http://%1/sparql"_s.arg(m_server.httpAddress()));
+    const auto credentials = [this] {
+        return std::make_unique<Credentials>(QDBusConnection(u"none"_s), m_folder.filePath(u"credentials"_s));
+    };
+    SparqlDriverRegistry::registerDriver(odbc, [=](const SparqlConnectionOptions &) {
+        return std::make_unique<VirtuosoDriver>(settings, patience, credentials(),
                                                 QStringLiteral(KESTREL_BIN_DIR "/kestrel-odbc"));
+    });
+    SparqlDriverRegistry::registerDriver(endpoint, [=](const SparqlConnectionOptions &) {
+        return std::make_unique<EndpointDriver>(settings, patience, credentials());
     });
     m_ownStore = std::make_unique<FakeSparqlStore>();
     m_ownStore->answerWith({{VideoClass, TitleId, PositionId, FileNameId, TypeId}});
@@ -140,14 +159,15 @@ void TestServerChanges::cleanup()
     m_notifier.reset();
     ChangeNotifier::setSource({});
     m_ownStore.reset();
-    SparqlDriverRegistry::unregisterDriver(odbcDriver);
+    SparqlDriverRegistry::unregisterDriver(odbc);
+    SparqlDriverRegistry::unregisterDriver(endpoint);
 }
 
 LibrarySnapshot TestServerChanges::list()
 {
     const QString text
         = filled(filled(storetexts::library, u"%1"_s, u"<urn:equipment:own:M:>"_s), u"_FILTER_"_s, QString());
-    SparqlConnection connection(odbcDriver);
+    SparqlConnection connection(m_driver);
     LibrarySnapshot snapshot;
     for (const QStringList &row : ask(connection, SparqlQuery(text), 8, Wait).rows)
         snapshot.add({row.at(7).toInt(), row.at(1), row.at(4), row.at(2)});
@@ -157,9 +177,10 @@ LibrarySnapshot TestServerChanges::list()
 void TestServerChanges::startPoll()
 {
     ChangePoll::Options options;
-    options.driver = odbcDriver;
+    options.driver = m_driver;
     options.interval = [] { return std::chrono::hours(1); };
-    options.mostRows = 1000;
+    options.mostRows = 100;
+    options.mostChanges = 50;
     m_poll = std::make_unique<ChangePoll>(options);
     ChangeNotifier::setSource([this](ChangeNotifier *notifier) { m_poll->attach(notifier); });
     m_notifier = std::make_unique<ChangeNotifier>(u"http://example.org/nmm#Video"_s);
@@ -210,7 +231,7 @@ void TestServerChanges::othersChanges_data()
         << u"7:f"_s;
     QTest::newRow("gone") << u"DELETE { %1 ?p ?o } WHERE { %1 ?p ?o }"_s.arg(video) << u"-7"_s;
     QTest::newRow("new") << u"INSERT { <%1> ?p ?o } WHERE { %2 ?p ?o }"_s.arg(virtuosoVideo(Videos), video)
-                         << u"+3000"_s;
+                         << u"+300"_s;
     QTest::newRow("what the list does not show")
         << u"DELETE { %1 nie:usageCounter ?c } INSERT { %1 nie:usageCounter 99 } WHERE { %1 nie:usageCounter ?c }"_s
                .arg(video)
