@@ -64,15 +64,36 @@ void IndexEndpoint::open()
 {
     m_owesAll = true;
     m_patience.start();
-    tracker_sparql_connection_bus_new_async(m_owner.constData(), m_path.constData(), m_bus.get(),
-                                            m_cancellable.get(), &IndexEndpoint::back<&IndexEndpoint::opened>,
-                                            backData());
+    // The library's own asynchronous call reads an answer of the owner in the thread that waits for it.
+    struct Address
+    {
+        QByteArray owner;
+        QByteArray path;
+        GRef<GDBusConnection> bus;
+    };
+    const auto connectThere = [](GTask *task, gpointer, gpointer data, GCancellable *) {
+        const auto *address = static_cast<Address *>(data);
+        GError *error = nullptr;
+        auto *connection = tracker_sparql_connection_bus_new(
+            address->owner.constData(), address->path.constData(), address->bus.get(), &error);
+        if (error)
+            g_task_return_error(task, error);
+        else
+            g_task_return_pointer(task, connection, g_object_unref);
+    };
+    const GRef<GTask> task(
+        g_task_new(nullptr, m_cancellable.get(), &IndexEndpoint::back<&IndexEndpoint::opened>, backData()));
+    g_task_set_return_on_cancel(task.get(), TRUE);
+    g_task_set_task_data(task.get(), new Address{m_owner, m_path, shareGRef(m_bus.get())},
+                         [](gpointer data) { delete static_cast<Address *>(data); });
+    g_task_run_in_thread(task.get(), connectThere);
 }
 
 void IndexEndpoint::opened(GAsyncResult *result)
 {
     GError *error = nullptr;
-    m_connection.reset(tracker_sparql_connection_bus_new_finish(result, &error));
+    m_connection.reset(
+        static_cast<TrackerSparqlConnection *>(g_task_propagate_pointer(G_TASK(result), &error)));
     if (error) {
         fail(QString::fromUtf8(GErrorRef(error)->message));
         return;

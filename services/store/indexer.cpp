@@ -44,6 +44,7 @@ void Indexer::onFound(const QList<FoundFile> &files)
 {
     for (const FoundFile &file : files)
         consider(file);
+    flushWhenIdle();
 }
 
 void Indexer::consider(const FoundFile &file)
@@ -58,6 +59,8 @@ void Indexer::consider(const FoundFile &file)
             takeFacts(file.path, file.facts);
         return;
     }
+    if (m_batched.contains(file.path))
+        flush(); // told twice: the library has to know of the first time
     m_progress.fileSeen();
     const VideoRecord *known = m_library->table().byPath(file.path);
     if (known)
@@ -137,6 +140,7 @@ void Indexer::onDigested(const QString &path, const QByteArray &digest)
     }
     m_undigested.remove(path);
     decide(path, digest);
+    flushWhenIdle();
     concludeScans();
 }
 
@@ -277,12 +281,20 @@ void Indexer::storeNew(const Job &job, const MediaReply &reply)
         if (kept.title)
             record.title = *kept.title;
     }
+    m_batched.insert(record.path);
     m_batch.push_back({record, newVideoResource(record, reply, m_equipmentOf(reply))});
     // A lone file does not wait for others.
     if (m_batch.size() >= s_batchSize || (m_jobs.size() == 1 && !job.facts))
         flush();
     else if (!m_batchTimer.isActive())
         m_batchTimer.start();
+}
+
+// What is known already waits for no worker.
+void Indexer::flushWhenIdle()
+{
+    if (m_jobs.isEmpty())
+        flush();
 }
 
 void Indexer::flush()
@@ -292,6 +304,7 @@ void Indexer::flush()
         return;
     std::vector<NewVideo> batch;
     batch.swap(m_batch);
+    m_batched.clear();
     m_library->add(std::move(batch));
 }
 

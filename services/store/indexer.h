@@ -74,6 +74,7 @@ private:
     void storeNew(const Job &job, const MediaReply &reply);
     void markBroken(const Job &job, const MediaReply &reply);
     void finish(const QString &path);
+    void flushWhenIdle();
     void flush();
     [[nodiscard]] bool wasDeleted(const VideoRecord &record, const QSet<quint64> &devices) const;
     void lose(const QStringList &urns);
@@ -93,6 +94,7 @@ private:
     QStringList m_missing; // paths
     QHash<QString, QString> m_keeping; // urns by path, of stored videos whose digest is on its way
     std::vector<NewVideo> m_batch;
+    QSet<QString> m_batched; // the paths in it
     QTimer m_batchTimer;
     quint64 m_arrivals = 0; // see VideoRecord::arrival
     quint64 m_scanArrival = 0; // of what the scans under way find

@@ -12,6 +12,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 constexpr int s_retryMs = 60000;
+constexpr int s_mostFailures = 3; // each may leave a thread that waits for an answer
 constexpr int s_longestWaitMs = 20000; // for an index that tells all, but slowly
 } // namespace
 
@@ -87,8 +88,10 @@ void IndexMirror::update()
         if (!paths.contains(path))
             drop(path);
     }
+    if (std::exchange(m_owner, m_index.owner()) != m_index.owner())
+        m_failures = 0;
     const bool isReady = m_index.state() == DesktopIndex::State::Ready;
-    if (isReady) {
+    if (isReady && m_failures < s_mostFailures) {
         for (const QString &path : paths) {
             if (!m_endpoints.contains(path))
                 open(path);
@@ -114,7 +117,8 @@ void IndexMirror::open(const QString &path)
     connect(endpoint, &IndexEndpoint::dropped, this, &IndexMirror::dropped);
     connect(endpoint, &IndexEndpoint::toldAll, this, &IndexMirror::endpointDone);
     connect(endpoint, &IndexEndpoint::failed, this, [this, path] {
-        m_retryTimer.start();
+        if (++m_failures < s_mostFailures)
+            m_retryTimer.start();
         drop(path);
     });
     endpoint->open();

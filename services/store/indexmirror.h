@@ -63,6 +63,8 @@ private:
     QSet<QString> m_told; // paths, since the last question for all
     QTimer m_retryTimer;
     QTimer m_waitTimer;
+    QString m_owner;
+    int m_failures = 0; // of this owner
     bool m_isWhole = true; // no endpoint failed
     bool m_settled = true;
     bool m_started = false;

@@ -15,3 +15,7 @@ add_library(kestrel_desktop_miner STATIC
 target_include_directories(kestrel_desktop_miner PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/..)
 target_link_libraries(kestrel_desktop_miner
   PUBLIC kestrel_options Qt6::Core Qt6::Test PkgConfig::TRACKER PkgConfig::GIO)
+add_library(kestrel_index_peer STATIC
+  ${CMAKE_CURRENT_SOURCE_DIR}/indexpeer.cpp ${CMAKE_CURRENT_SOURCE_DIR}/indexpeer.h)
+target_include_directories(kestrel_index_peer PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/..)
+target_link_libraries(kestrel_index_peer PUBLIC kestrel_options Qt6::Core PkgConfig::TRACKER PkgConfig::GIO)

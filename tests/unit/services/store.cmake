@@ -2,3 +2,4 @@
 foreach(name store_updatetext store_journal store_changefeed store_database store_follower store_indexer store_values)
   kestrel_test(${name} SOURCES ${name}.cpp LINK kestrel_store_core)
 endforeach()
+kestrel_test(store_indexmirror SOURCES store_indexmirror.cpp LINK kestrel_store_core kestrel_index_peer)

@@ -35,6 +35,8 @@ private Q_SLOTS:
     void aDownloadThatGetsItsNameIsFound();
     void aRootThatIsNotThereIsFoundWhenItComes();
     void aRootThatIsTakenAwayIsAwayAndNotDeleted();
+    void whatWasToldIsBelievedInTheStateThatWasTold();
+    void aDroppedFileThatIsThereIsFollowed();
 
 private:
     [[nodiscard]] QString at(const QString &name) const { return m_root + u'/' + name; }
@@ -47,6 +49,8 @@ private:
     std::unique_ptr<QThread> m_thread;
     FolderFollower *m_follower = nullptr;
     QStringList m_found;
+    QStringList m_believed; // found with its facts
+    QStringList m_missing;
     QStringList m_gone;
     QStringList m_moved;
     QStringList m_away;
@@ -59,6 +63,8 @@ void StoreFollower::init()
     m_root = m_folder->filePath(u"Videos"_s);
     QVERIFY(QDir().mkpath(m_root));
     m_found.clear();
+    m_believed.clear();
+    m_missing.clear();
     m_gone.clear();
     m_moved.clear();
     m_away.clear();
@@ -71,8 +77,10 @@ void StoreFollower::init()
     connect(m_thread.get(), &QThread::finished, m_follower, &QObject::deleteLater);
     connect(m_follower, &FolderFollower::found, this, [this](const QList<FoundFile> &files) {
         for (const FoundFile &file : files)
-            m_found.append(file.path);
+            (file.facts ? m_believed : m_found).append(file.path);
     });
+    connect(m_follower, &FolderFollower::missing, this,
+            [this](const QStringList &paths, bool) { m_missing += paths; });
     connect(m_follower, &FolderFollower::gone, this,
             [this](const QString &path, bool) { m_gone.append(path); });
     connect(m_follower, &FolderFollower::moved, this, [this](const QString &from, const QString &to, bool) {
@@ -251,6 +259,49 @@ void StoreFollower::aRootThatIsTakenAwayIsAwayAndNotDeleted()
     QVERIFY(QDir().rename(m_folder->filePath(u"elsewhere"_s), m_root));
     QTRY_COMPARE_WITH_TIMEOUT(m_finished, 2, 10000);
     QVERIFY(m_gone.isEmpty());
+}
+
+void StoreFollower::whatWasToldIsBelievedInTheStateThatWasTold()
+{
+    QVERIFY(write(u"a.mp4"_s, true) && write(u"b.mp4"_s, true) && write(u"c.mp4"_s, true));
+    QVERIFY(write(u"../outside.mp4"_s, true));
+    const auto tell = [this](const QString &name, qint64 size) {
+        ToldFile file;
+        file.path = QDir::cleanPath(at(name));
+        file.size = size;
+        file.modified = QFileInfo(file.path).lastModified().toSecsSinceEpoch();
+        file.isRead = true;
+        file.facts = std::make_shared<const MediaReply>();
+        return file;
+    };
+    const QList<ToldFile> files{tell(u"a.mp4"_s, 5), tell(u"b.mp4"_s, 6), tell(u"gone.mp4"_s, 5),
+                                tell(u"../outside.mp4"_s, 5)};
+    m_thread->start();
+    QMetaObject::invokeMethod(m_follower, [this, files] {
+        m_follower->setWaiting(true);
+        m_follower->addRoot(m_root);
+        m_follower->takeTold(files);
+        m_follower->setWaiting(false);
+    });
+    QTRY_COMPARE(m_finished, 1);
+    m_believed.sort();
+    m_found.sort();
+    QCOMPARE(m_believed, QStringList({at(u"a.mp4"_s), QDir::cleanPath(at(u"../outside.mp4"_s))}));
+    QCOMPARE(m_found, QStringList({at(u"b.mp4"_s), at(u"c.mp4"_s)}));
+}
+
+void StoreFollower::aDroppedFileThatIsThereIsFollowed()
+{
+    start();
+    const QString outside = m_folder->filePath(u"outside.mp4"_s);
+    QVERIFY(write(u"../outside.mp4"_s, true));
+    QMetaObject::invokeMethod(m_follower, [this, outside] {
+        m_follower->checkDropped({outside, at(u"gone.mp4"_s)}, true);
+    });
+    QTRY_COMPARE(m_missing, QStringList({at(u"gone.mp4"_s)}));
+    QTRY_VERIFY(m_found.contains(outside));
+    QVERIFY(QFile::remove(outside));
+    QTRY_VERIFY(m_gone.contains(outside));
 }
 
 QTEST_GUILESS_MAIN(StoreFollower)

@@ -94,6 +94,12 @@ private Q_SLOTS:
     void aFileDeletedWhileNobodyLookedIsGone();
     void aFileMovedWhileNobodyLookedKeepsItsVideo();
     void aNewDatabaseGetsThePersonsValuesBack();
+    void aFileThatTheIndexReadIsNotOpened();
+    void aFileToldTwiceIsOneVideo();
+    void factsThatComeWhileAFileWaitsSaveTheReading();
+    void whatThePersonMadeOfAToldVideoSurvivesACopyElsewhere();
+    void aPromisedFileIsOfInterestAsTheNewPlaceOfAnother();
+    void aMissingFileIsLostOnlyForSure();
     void progressEndsWithAllDone();
 
 private:
@@ -101,6 +107,8 @@ private:
     [[nodiscard]] QString at(const QString &name) const { return root() + u'/' + name; }
     bool write(const QString &name, const QByteArray &content);
     bool find(const QString &name);
+    // As the desktop's index tells of a file.
+    [[nodiscard]] FoundFile told(const QString &name, const QString &title) const;
     void scan(const QStringList &names);
     void open();
     void close();
@@ -125,10 +133,12 @@ private:
     std::unique_ptr<VideoLibrary> m_library;
     std::unique_ptr<ScriptedReader> m_reader;
     std::unique_ptr<Indexer> m_indexer;
+    QStringList m_digested;
 };
 
 void StoreIndexer::init()
 {
+    m_digested.clear();
     m_home = std::make_unique<QTemporaryDir>();
     QVERIFY(QDir().mkpath(root()));
     open();
@@ -152,7 +162,10 @@ void StoreIndexer::open()
     });
     connect(
         m_indexer.get(), &Indexer::digestWanted, m_indexer.get(),
-        [this](const QString &path) { m_indexer->onDigested(path, contentDigest(path)); },
+        [this](const QString &path) {
+            m_digested.append(path.section(u'/', -1));
+            m_indexer->onDigested(path, contentDigest(path));
+        },
         Qt::QueuedConnection);
     QSignalSpy loaded(m_library.get(), &VideoLibrary::loaded);
     m_database->open();
@@ -506,6 +519,122 @@ void StoreIndexer::aNewDatabaseGetsThePersonsValuesBack()
     QCOMPARE(stored(u"renamed.mp4"_s, u"nie:usageCounter"_s), u"1"_s);
     QVERIFY(!stored(u"renamed.mp4"_s, u"nie:contentAccessed"_s).isEmpty());
     QCOMPARE(stored(u"b.mp4"_s, u"nie:title"_s), u"Bee"_s);
+}
+
+FoundFile StoreIndexer::told(const QString &name, const QString &title) const
+{
+    MediaReply facts;
+    facts.durationMs = 61000;
+    facts.hasVideo = true;
+    facts.mimeType = u"video/mp4"_s;
+    facts.title = title;
+    return {at(name), FileIdentity::ofFile(at(name)).value_or(FileIdentity()), false, false,
+            std::make_shared<const MediaReply>(facts)};
+}
+
+void StoreIndexer::aFileThatTheIndexReadIsNotOpened()
+{
+    QVERIFY(write(u"a.mp4"_s, "title=Of the file") && write(u"b.mp4"_s, "title=Of the other file"));
+    m_indexer->onFound({told(u"a.mp4"_s, u"Of the index"_s), told(u"b.mp4"_s, u"Too"_s)});
+    QVERIFY(settled());
+    QCOMPARE(stored(u"a.mp4"_s, u"nie:title"_s), u"Of the index"_s);
+    QCOMPARE(stored(u"a.mp4"_s, u"nfo:duration"_s), u"61"_s);
+    QVERIFY(video(u"a.mp4"_s).id != 0);
+    QVERIFY(m_reader->reads.isEmpty() && m_digested.isEmpty());
+    // A scan finds them as they are.
+    scan({u"a.mp4"_s, u"b.mp4"_s});
+    QVERIFY(m_reader->reads.isEmpty() && m_digested.isEmpty());
+    QCOMPARE(count(), 2);
+    // The index read another content.
+    QVERIFY(write(u"a.mp4"_s, "title=Longer than it was"));
+    m_indexer->onFound({told(u"a.mp4"_s, u"New"_s)});
+    QVERIFY(settled());
+    QCOMPARE(stored(u"a.mp4"_s, u"nie:title"_s), u"New"_s);
+    QVERIFY(m_reader->reads.isEmpty());
+}
+
+// Many events tell of one file, and the next may come before the first is in the database.
+void StoreIndexer::aFileToldTwiceIsOneVideo()
+{
+    QVERIFY(write(u"a.mp4"_s, "title=A") && write(u"b.mp4"_s, "title=B, longer"));
+    m_indexer->onFound({told(u"a.mp4"_s, u"A"_s), told(u"b.mp4"_s, u"B"_s)});
+    m_indexer->onFound({told(u"a.mp4"_s, u"A"_s)});
+    QVERIFY(settled());
+    QCOMPARE(count(), 2);
+    QVERIFY(m_database->isHealthy());
+}
+
+void StoreIndexer::factsThatComeWhileAFileWaitsSaveTheReading()
+{
+    QVERIFY(write(u"a.mp4"_s, "title=Of the file"));
+    FoundFile found = told(u"a.mp4"_s, u"Of the index"_s);
+    m_indexer->onFound({{found.path, found.identity, true}});
+    m_indexer->onFound({found});
+    QVERIFY(settled());
+    QCOMPARE(count(), 1);
+    QCOMPARE(stored(u"a.mp4"_s, u"nie:title"_s), u"Of the index"_s);
+    QVERIFY(m_reader->reads.isEmpty());
+}
+
+void StoreIndexer::whatThePersonMadeOfAToldVideoSurvivesACopyElsewhere()
+{
+    QVERIFY(write(u"a.mp4"_s, "title=A"));
+    m_indexer->onFound({told(u"a.mp4"_s, u"A"_s)});
+    QVERIFY(settled());
+    QVERIFY(setTitle(u"a.mp4"_s, u"Mine"_s));
+    // Its digest is made when there is something to keep.
+    QTRY_VERIFY(!video(u"a.mp4"_s).identity.digest.isEmpty());
+    QVERIFY(settled());
+    const VideoRecord before = onAnotherFileSystem(u"a.mp4"_s);
+    QVERIFY(settled());
+    QVERIFY(QFile::copy(at(u"a.mp4"_s), at(u"copy.mp4"_s)));
+    FoundFile copy = told(u"copy.mp4"_s, u"A"_s);
+    copy.fresh = true;
+    m_indexer->onFound({copy});
+    QVERIFY(settled());
+    QVERIFY(QFile::remove(at(u"a.mp4"_s)));
+    m_indexer->onGone(at(u"a.mp4"_s), false);
+    QVERIFY(settled());
+    QCOMPARE(count(), 1);
+    QCOMPARE(video(u"copy.mp4"_s).urn, before.urn);
+    QCOMPARE(stored(u"copy.mp4"_s, u"nie:title"_s), u"Mine"_s);
+}
+
+void StoreIndexer::aPromisedFileIsOfInterestAsTheNewPlaceOfAnother()
+{
+    QVERIFY(write(u"a.mp4"_s, "title=A") && write(u"b.mp4"_s, "title=B, longer"));
+    m_indexer->onFound({told(u"a.mp4"_s, u"A"_s)});
+    QVERIFY(settled());
+    const QString urn = video(u"a.mp4"_s).urn;
+    QVERIFY(QFile::rename(at(u"a.mp4"_s), at(u"c.mp4"_s)));
+    for (const QString &name : {u"b.mp4"_s, u"c.mp4"_s}) {
+        FoundFile promised = told(name, {});
+        promised.isPromised = true;
+        promised.facts.reset();
+        m_indexer->onFound({promised});
+    }
+    m_indexer->onMissing({at(u"a.mp4"_s)}, true);
+    QVERIFY(settled());
+    QCOMPARE(count(), 1);
+    QCOMPARE(video(u"c.mp4"_s).urn, urn);
+    QVERIFY(m_reader->reads.isEmpty());
+}
+
+void StoreIndexer::aMissingFileIsLostOnlyForSure()
+{
+    QVERIFY(write(u"a.mp4"_s, "title=A") && write(u"b.mp4"_s, "title=B, longer") && write(u"c.mp4"_s, "C"));
+    m_indexer->onFound({told(u"a.mp4"_s, u"A"_s), told(u"b.mp4"_s, u"B"_s), told(u"c.mp4"_s, u"C"_s)});
+    QVERIFY(settled());
+    QVERIFY(setTitle(u"a.mp4"_s, u"Mine"_s));
+    QVERIFY(QFile::remove(at(u"a.mp4"_s)) && QFile::remove(at(u"b.mp4"_s)));
+    m_indexer->onMissing({at(u"a.mp4"_s), at(u"b.mp4"_s), at(u"c.mp4"_s)}, false);
+    QVERIFY(settled());
+    // b had nothing of the person's; c is there.
+    QVERIFY(!video(u"a.mp4"_s).urn.isEmpty() && video(u"b.mp4"_s).urn.isEmpty());
+    QVERIFY(!video(u"c.mp4"_s).urn.isEmpty());
+    m_indexer->onMissing({at(u"a.mp4"_s), at(u"c.mp4"_s)}, true);
+    QVERIFY(settled());
+    QVERIFY(video(u"a.mp4"_s).urn.isEmpty() && !video(u"c.mp4"_s).urn.isEmpty());
 }
 
 void StoreIndexer::progressEndsWithAllDone()
