@@ -52,6 +52,10 @@ public:
     [[nodiscard]] bool readsAddressesOnly() const { return m_readsAddressesOnly; }
     void setReadsAddressesOnly() { m_readsAddressesOnly = true; }
 
+    // How many rows of a list the server gives at a time; 0 as long as it gave whole lists.
+    [[nodiscard]] int pageRows() const { return m_pageRows; }
+    void setPageRows(int rows) { m_pageRows = rows; }
+
 private:
     struct KnownLogin
     {
@@ -70,5 +74,6 @@ private:
     QString m_fault;
     QHash<QString, std::shared_ptr<KnownLogin>> m_logins; // by server
     QHash<QUrl, QUrl> m_moved;
+    int m_pageRows = 0;
     bool m_readsAddressesOnly = false;
 };

@@ -23,7 +23,7 @@ constexpr qint64 pieceBytes = qint64(64) << 10;
 constexpr qint64 mostUnreadBytes = qint64(1) << 20; // then the server is made to wait
 constexpr qsizetype mostWords = qsizetype(8) << 10;
 constexpr int mostRedirects = 5;
-constexpr int rowsOfAPage = 10000; // of a server that needs too long for everything
+constexpr int mostRowsOfAPage = 10000; // Virtuoso refuses to sort more than that
 // The description of itself that an endpoint gives where it saw no statement.
 constexpr QByteArrayView descriptionNamespace = "http://www.w3.org/ns/sparql-service-description#";
 
@@ -76,6 +76,9 @@ EndpointRequest::EndpointRequest(EndpointLink &link, const StandardStatement &st
     m_slice.setSingleShot(true);
     m_slice.setInterval(0);
     connect(&m_slice, &QTimer::timeout, this, &EndpointRequest::readSome);
+    // A list of videos is long again when one was too long before.
+    if (link.pageRows() > 0 && statement.isOneRowEach && pageOf(statement.text, {}, link.pageRows()))
+        m_pageRows = link.pageRows();
     QMetaObject::invokeMethod(this, &EndpointRequest::send, Qt::QueuedConnection);
 }
 
@@ -213,7 +216,7 @@ bool EndpointRequest::takeSlice()
 void EndpointRequest::silent()
 {
     const bool mayPage = !m_isUpdate && m_wasSent && !m_hasBytes && m_pageRows == 0;
-    if (mayPage && pageOn(rowsOfAPage, {})) {
+    if (mayPage && pageOn(mostRowsOfAPage, {})) {
         qCInfo(serversLog) << "the server said nothing in the time set: it is asked for parts of the answer";
         return;
     }
@@ -295,6 +298,7 @@ bool EndpointRequest::isCutOff(int rows) const
 bool EndpointRequest::pageOn(int rowsAtOnce, RowTable rows)
 {
     const bool isFirst = m_pageRows == 0;
+    rowsAtOnce = std::min(rowsAtOnce, mostRowsOfAPage);
     const QString last = isFirst ? QString() : rows.text(rows.rows() - 1, 0);
     if (rowsAtOnce <= 0 || !pageOf(m_statement.text, last, rowsAtOnce))
         return false;
@@ -304,6 +308,7 @@ bool EndpointRequest::pageOn(int rowsAtOnce, RowTable rows)
         qCInfo(serversLog) << "the server gives" << rowsAtOnce
                            << "rows at a time: it is asked for one page after the other";
     m_pageRows = isFirst ? rowsAtOnce : std::min(m_pageRows, rowsAtOnce);
+    m_link.setPageRows(m_pageRows);
     m_pageAfter = last;
     m_rows = isFirst ? RowTable() : std::move(rows);
     m_rowsBefore = m_rows.rows();

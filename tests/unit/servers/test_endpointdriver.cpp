@@ -533,8 +533,11 @@ void TestEndpointDriver::anAnswerThatIsCutOffIsPaged()
         WebServer::reply(request, "200 OK", rows(page),
                          json + (page.size() == 2 ? "X-SPARQL-MaxRows: 2\r\n" : ""));
     };
-    QCOMPARE(outcome(exec(anyRead)), u"urn:a urn:b urn:c urn:d urn:e"_s);
+    const SparqlQuery list(u"SELECT ?_v tracker:id(?_v) WHERE { ?_v a nmm:Video . }"_s);
+    QCOMPARE(outcome(exec(list)), u"urn:a urn:b urn:c urn:d urn:e"_s);
     QCOMPARE(m_server->requests.size(), 4); // what was cut off, and three pages
+    QCOMPARE(outcome(exec(list)), u"urn:a urn:b urn:c urn:d urn:e"_s);
+    QCOMPARE(m_server->requests.size(), 7); // it is known by now
 }
 
 void TestEndpointDriver::aCutThatCannotBePagedIsAnError()
