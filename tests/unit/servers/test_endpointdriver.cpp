@@ -367,18 +367,18 @@ void TestEndpointDriver::anUpdateWaitsForAServerThatIsNotThere()
 
 void TestEndpointDriver::silence()
 {
-    m_settings.timeout = 1s;
+    m_settings.timeout = 4s;
     connectTo(m_settings);
     QSignalSpy reachable(m_driver.get(), &SparqlDriver::reachableChanged);
-    QCOMPARE(outcome(exec(SparqlQuery(u"ASK { ?_v a nmm:Video }"_s))), u"the server said nothing for 1 s"_s);
+    QCOMPARE(outcome(exec(SparqlQuery(u"ASK { ?_v a nmm:Video }"_s))), u"the server said nothing for 4 s"_s);
     QTRY_COMPARE_WITH_TIMEOUT(reachable.size(), 1, 30000); // nor does it say that it is there
 }
 
 void TestEndpointDriver::slowButNotSilent()
 {
-    m_settings.timeout = 3s;
+    m_settings.timeout = 6s;
     connectTo(m_settings);
-    // Half a second between the pieces, altogether longer than the limit.
+    // A second between the pieces, altogether longer than the limit.
     m_server->answer = [](const Request &request) {
         request.socket->write("HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(one.size()) + "\r\n"
                               + json + "\r\n");
@@ -391,7 +391,7 @@ void TestEndpointDriver::slowButNotSilent()
                     if (at == one.size())
                         timer->stop();
                 });
-        timer->start(500ms);
+        timer->start(900ms);
     };
     QCOMPARE(outcome(exec(anyRead)), u"urn:a"_s);
 }
@@ -551,7 +551,7 @@ void TestEndpointDriver::aCutThatCannotBePagedIsAnError()
 
 void TestEndpointDriver::aServerThatTakesTooLongIsAskedForParts()
 {
-    m_settings.timeout = 1s;
+    m_settings.timeout = 5s;
     connectTo(m_settings);
     m_server->answer = [&](const Request &request) {
         if (formValue(request, u"query"_s).contains(u"LIMIT"_s))
