@@ -95,10 +95,8 @@ void EndpointLink::findLogin(const QUrl &address, QObject *asker, std::function<
         server, m_settings.user,
         [this, server, asker = QPointer(asker), done = std::move(done)](Login login) {
             const bool isThere = login.error.isEmpty() && !login.user.isEmpty();
-            if (isThere) {
-                m_network.clearAccessCache(); // Qt would go on with the login before
+            if (isThere)
                 m_logins.insert(server, std::make_shared<KnownLogin>(KnownLogin{login.user, login.password}));
-            }
             wipe(login.password);
             if (!asker)
                 return;
@@ -113,10 +111,11 @@ void EndpointLink::findLogin(const QUrl &address, QObject *asker, std::function<
 void EndpointLink::forgetLogin(const QUrl &address)
 {
     m_logins.remove(Credentials::serverOf(address));
-    m_network.clearAccessCache();
 }
 
-// Asked again for the same request, the server did not take what it got.
+// Asked again for the same request, the server did not take what it got. What Qt remembers of a login that is
+// forgotten stays: it tries that first, and then asks here. (Emptying its memory ends the requests under
+// way.)
 void EndpointLink::logIn(QNetworkReply *reply, QAuthenticator *authenticator)
 {
     const auto login = m_logins.value(Credentials::serverOf(reply->url()));

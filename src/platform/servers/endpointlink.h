@@ -39,6 +39,8 @@ public:
     void findLogin(const QUrl &address, QObject *asker, std::function<void(QString)> done);
     // The server did not take it: it is looked for anew when it is asked for again.
     void forgetLogin(const QUrl &address);
+    // Answers the question of a server, when it is asked for the first time in this request.
+    void logIn(QNetworkReply *reply, QAuthenticator *authenticator);
     // Whether the request used a login that was found.
     [[nodiscard]] static bool hasLoggedIn(const QNetworkReply *reply);
 
@@ -65,7 +67,6 @@ private:
     };
 
     void setUpTls();
-    void logIn(QNetworkReply *reply, QAuthenticator *authenticator);
 
     ServerSettings m_settings;
     std::unique_ptr<Credentials> m_credentials;

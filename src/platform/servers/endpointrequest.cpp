@@ -106,6 +106,7 @@ QString EndpointRequest::textToSend() const
 void EndpointRequest::send()
 {
     dropReply();
+    m_updateNetwork.reset();
     m_wasSent = m_hasBytes = m_hasEnded = false;
     m_words.clear();
     if (!m_link.fault().isNull()) {
@@ -139,23 +140,27 @@ void EndpointRequest::sendQuery(const QUrl &address)
     m_reply.reset(m_link.network().post(request, form("query", textToSend())));
 }
 
-// Qt sends a request once more when a connection that was kept ends under it. The server may have done an
-// update by then, so that its body can be had only once.
+// Qt sends a request once more, by itself, when a connection that was kept ends under it or what it remembers
+// of a login is too old. The server may have done an update by then. So the body can be read once, and again
+// only when the server asked who we are; and an update has a connection and a memory of its own, in which
+// nothing is old.
 void EndpointRequest::sendUpdate(const QUrl &address)
 {
+    m_updateNetwork = std::make_unique<QNetworkAccessManager>();
+    auto owned = std::make_unique<OneTimeBody>(form("update", m_statement.text));
+    OneTimeBody *const body = owned.get();
+    connect(m_updateNetwork.get(), &QNetworkAccessManager::authenticationRequired, this,
+            [this, body](QNetworkReply *reply, QAuthenticator *authenticator) {
+                m_link.logIn(reply, authenticator);
+                body->allowAgain();
+            });
     QNetworkRequest request = m_link.request(address);
     request.setRawHeader("Accept", "*/*");
-    auto body = std::make_unique<OneTimeBody>(form("update", m_statement.text));
     request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);
     request.setHeader(QNetworkRequest::ContentLengthHeader, body->size());
     request.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
-    m_reply.reset(m_link.network().post(request, body.get()));
-    connect(&m_link.network(), &QNetworkAccessManager::authenticationRequired, body.get(),
-            [body = body.get(), reply = m_reply.get()](QNetworkReply *asked) {
-                if (asked == reply)
-                    body->allowAgain(); // the server did nothing but ask who we are
-            });
-    body.release()->setParent(m_reply.get());
+    m_reply.reset(m_updateNetwork->post(request, body));
+    owned.release()->setParent(m_reply.get());
 }
 
 void EndpointRequest::watch()

@@ -5,6 +5,7 @@
 #include "sparqljsonparser.h"
 #include "standarddialect.h"
 
+#include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QObject>
 #include <QScopedPointer>
@@ -61,6 +62,7 @@ private:
     EndpointLink &m_link;
     StandardStatement m_statement;
     bool m_isUpdate;
+    std::unique_ptr<QNetworkAccessManager> m_updateNetwork;
     std::unique_ptr<QNetworkReply, QScopedPointerDeleteLater> m_reply;
     std::unique_ptr<SparqlJsonParser> m_parser;
     QTimer m_silence;

@@ -4,6 +4,9 @@
 #include <QByteArray>
 #include <QIODevice>
 
+#include <algorithm>
+#include <utility>
+
 // The body of a request that may go out only once: it cannot be read from its beginning again unless that was
 // allowed.
 class OneTimeBody : public QIODevice

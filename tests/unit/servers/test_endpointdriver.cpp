@@ -117,6 +117,8 @@ private Q_SLOTS:
     void redirects();
     void logins_data();
     void logins();
+    void manyRequestsLogInAtOnce();
+    void aPasswordThatWasChanged();
     void passwordsStayOffTheNetwork();
     void nobodyWantsTheAnswer();
     void anAnswerThatIsCutOffIsPaged();
@@ -125,6 +127,7 @@ private Q_SLOTS:
     void aServerThatReadsAddressesOnly();
     void tls();
     void aLargeAnswerDoesNotBlock();
+    void theConnectionGoesWithItsAnswer();
 
 private:
     [[nodiscard]] SparqlResult *exec(const SparqlQuery &query)
@@ -496,6 +499,41 @@ void TestEndpointDriver::logins()
     }
 }
 
+void TestEndpointDriver::manyRequestsLogInAtOnce()
+{
+    storeLogin(u"right"_s);
+    m_server->answer = [](const Request &request) {
+        if (request.header("authorization") == "Basic " + QByteArray("anna:right").toBase64())
+            WebServer::reply(request, "200 OK", one, json);
+        else
+            WebServer::reply(request, "401 Who", {}, "WWW-Authenticate: Basic realm=\"r\"\r\n");
+    };
+    QList<SparqlResult *> results;
+    for (int i = 0; i < 12; ++i)
+        results.append(exec(i % 4 == 3 ? anyUpdate : anyRead));
+    for (int i = 0; i < 12; ++i)
+        QCOMPARE(outcome(results[i]), i % 4 == 3 ? QString() : u"urn:a"_s);
+}
+
+// The server's password is changed while the program runs; the person stores the new one.
+void TestEndpointDriver::aPasswordThatWasChanged()
+{
+    QByteArray password = "first";
+    m_server->answer = [&](const Request &request) {
+        if (request.header("authorization") == "Basic " + ("anna:" + password).toBase64())
+            WebServer::reply(request, "200 OK", one, json);
+        else
+            WebServer::reply(request, "401 Who", {}, "WWW-Authenticate: Basic realm=\"r\"\r\n");
+    };
+    storeLogin(u"first"_s);
+    QCOMPARE(outcome(exec(anyRead)), u"urn:a"_s);
+    password = "second";
+    QVERIFY(outcome(exec(anyRead)).contains(u"did not take"_s));
+    storeLogin(u"second"_s);
+    QCOMPARE(outcome(exec(anyRead)), u"urn:a"_s);
+    QCOMPARE(outcome(exec(anyUpdate)), QString());
+}
+
 void TestEndpointDriver::passwordsStayOffTheNetwork()
 {
     for (const QString &address : {u"https://archive.example/sparql"_s, u"http://localhost:8890/sparql"_s,
@@ -638,6 +676,18 @@ void TestEndpointDriver::aLargeAnswerDoesNotBlock()
     QTRY_VERIFY_WITH_TIMEOUT(result->isFinished(), 60000);
     QCOMPARE(result->size(), 200000);
     QVERIFY2(turns > 10, qPrintable(QString::number(turns))); // other events came between
+}
+
+void TestEndpointDriver::theConnectionGoesWithItsAnswer()
+{
+    m_server->answer = [](const Request &request) { WebServer::reply(request, "200 OK", one, json); };
+    for (const SparqlQuery &statement : {anyRead, anyUpdate}) {
+        connectTo(m_settings);
+        SparqlResult *result = exec(statement);
+        connect(result, &SparqlResult::finished, this, [this] { m_driver.reset(); });
+        QTRY_VERIFY_WITH_TIMEOUT(!m_driver, 30000);
+        QVERIFY(result->isFinished());
+    }
 }
 
 QTEST_GUILESS_MAIN(TestEndpointDriver)
