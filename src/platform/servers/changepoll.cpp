@@ -16,8 +16,8 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr int GroupCount = 256;
 constexpr int Hexadecimal = 16;
+constexpr int RowsPerTurn = 2000; // of the event loop: some milliseconds
 constexpr int LeisureFactor = 9; // pauses are this many times as long as the poll before
 constexpr int Literal = -1; // as object of a quad
 // The notifier knows class and properties by the numbers that the library's own store gives them, whatever
@@ -201,11 +201,13 @@ void ChangePoll::ask(const QString &text, Answer answer)
     }
     connect(m_result, &SparqlResult::finished, this, [this, answer, result = m_result] {
         m_result = nullptr;
-        result->deleteLater();
         if (!result->hasError()) {
             (this->*answer)(*result);
+            if (m_result != result)
+                result->deleteLater();
             return;
         }
+        result->deleteLater();
         // Stamps are a saving; a server that cannot count them is polled without.
         if (answer == &ChangePoll::stampsRead && isReachable())
             m_mayHaveStamps = false;
@@ -246,7 +248,7 @@ void ChangePoll::groupsRead(SparqlResult &result)
         m_offered.insert(group, {result.value(1).toLongLong(), result.stringValue(2)});
     }
     m_different.clear();
-    for (int group = 0; group < GroupCount; ++group) {
+    for (int group = 0; group < LibrarySnapshot::GroupCount; ++group) {
         if (m_offered.value(group) != m_settled.value(group))
             m_different.append(group);
     }
@@ -272,13 +274,33 @@ void ChangePoll::askForRows()
 
 void ChangePoll::rowsRead(SparqlResult &result)
 {
+    m_rows.clear();
+    m_rows.reserve(result.size());
+    m_result = &result; // the poll is not over
+    readSomeRows();
+}
+
+void ChangePoll::readSomeRows()
+{
+    const qsizetype enough = m_rows.size() + RowsPerTurn;
+    while (m_rows.size() < enough && m_result->next())
+        m_rows.append(rowOf(*m_result));
+    if (m_rows.size() < enough) {
+        std::exchange(m_result, nullptr)->deleteLater();
+        compareRows(std::exchange(m_rows, {}));
+        return;
+    }
+    QTimer::singleShot(0, m_result, [this, result = m_result] {
+        if (m_result == result) // not abandoned
+            readSomeRows();
+    });
+}
+
+void ChangePoll::compareRows(const QList<LibrarySnapshot::Row> &rows)
+{
     qint64 expected = 0;
     for (const int group : std::as_const(m_asked))
         expected += m_offered.value(group).videos;
-    QList<LibrarySnapshot::Row> rows;
-    rows.reserve(result.size());
-    while (result.next())
-        rows.append(rowOf(result));
     // A server may cut answers short without a word: what has no row then is not gone.
     const bool complete = rows.size() == expected;
     if (rows.size() < expected)

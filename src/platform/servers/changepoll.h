@@ -93,6 +93,8 @@ private:
     void groupsRead(SparqlResult &result);
     void askForRows();
     void rowsRead(SparqlResult &result);
+    void readSomeRows();
+    void compareRows(const QList<LibrarySnapshot::Row> &rows);
     void settleGroups(bool complete);
     void readComplete();
     void finish();
@@ -129,6 +131,7 @@ private:
     Groups m_offered; // by the server, this time
     QList<int> m_different; // groups to be read
     QList<int> m_asked; // of them, which are being read
+    QList<LibrarySnapshot::Row> m_rows; // of those, as far as they were read
     int m_changes = 0;
 
     int m_mostRows;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "librarysnapshot.h"
 
+#include <array>
+
 namespace {
 
 // 0 only for the empty text.
@@ -85,8 +87,13 @@ LibrarySnapshot::Differences LibrarySnapshot::compare(const QList<Row> &rows, co
         compare(id, fresh.value(id), differences);
     if (!complete)
         return differences;
+    // A set would take ten times as long to ask a million times.
+    std::array<bool, GroupCount> isCompared{};
+    for (const int group : groups)
+        isCompared[size_t(group)] = true;
     for (size_t i = 1; i < m_videos.size(); ++i) {
-        if (!groups.contains(m_videos[i].group) || fresh.contains(int(i)))
+        const qint32 group = m_videos[i].group;
+        if (group < 0 || !isCompared[size_t(group)] || fresh.contains(int(i)))
             continue;
         m_videos[i] = {};
         --m_count;

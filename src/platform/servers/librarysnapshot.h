@@ -13,6 +13,7 @@
 class LibrarySnapshot
 {
 public:
+    static constexpr int GroupCount = 256;
     static constexpr int UnknownGroup = -1;
 
     enum Property { Title = 1, Position = 2, FileName = 4 };

@@ -46,6 +46,7 @@ public:
     std::map<int, Video> videos;
     bool away = false;
     bool countsStamps = true;
+    bool answersRowsLater = false; // when finishRows() is called
     qsizetype mostRows = 1000000; // more are cut off without a word
     std::function<void()> beforeRows; // happens between a poll's look at the groups and its reading them
 
@@ -66,6 +67,11 @@ public:
         }
         m_store.clear();
         return words;
+    }
+
+    void finishRows(int statement)
+    {
+        m_store.finish(statement, rows(groupsOf(m_store.statements().at(statement).text)));
     }
 
     // What a list holds that is loaded now.
@@ -97,6 +103,8 @@ private:
             return countsStamps ? Answer::rows(stamps()) : Answer::error(u"no such function"_s);
         if (text == ChangePollTexts::Groups)
             return Answer::rows(groups());
+        if (answersRowsLater)
+            return Answer::later();
         if (const auto change = std::exchange(beforeRows, {}))
             change();
         return Answer::rows(rows(groupsOf(text)));
@@ -180,6 +188,8 @@ private Q_SLOTS:
     void aServerThatIsBackIsAskedAtOnce();
     void onlyGroupsThatChangedAreRead();
     void largeLibrariesAreReadInParts();
+    void longAnswersAreReadInTurns();
+    void aNewListEndsAReadingOfRows();
     void answersCutShortDeleteNothing();
     void stampsSpareTheGroups();
     void aServerWithoutStampsIsPolledWithout();
@@ -475,6 +485,34 @@ void TestChangePoll::largeLibrariesAreReadInParts()
     startPoll(m_server->list());
     pollOnce();
     QCOMPARE(m_server->takeQuestions(), QStringList({u"stamps"_s, u"groups"_s, u"rows 3"_s, u"rows 2"_s}));
+    QCOMPARE(takeTold(), QString());
+}
+
+void TestChangePoll::longAnswersAreReadInTurns()
+{
+    for (int id = 1; id <= 5000; ++id)
+        m_server->videos[id] = {u"Title %1"_s.arg(id), {}, u"%1.mp4"_s.arg(id)};
+    startPoll(m_server->list());
+    m_server->videos[4999].title = u"Other"_s;
+    pollOnce();
+    QCOMPARE(takeTold(), u"-4999:t +4999:t"_s);
+    QCOMPARE(m_poll->snapshot().count(), 5000);
+}
+
+void TestChangePoll::aNewListEndsAReadingOfRows()
+{
+    for (int id = 1; id <= 5000; ++id)
+        m_server->videos[id] = {u"Title %1"_s.arg(id), {}, u"%1.mp4"_s.arg(id)};
+    startPoll(m_server->list());
+    m_server->videos[4999].title = u"Other"_s;
+    m_server->answersRowsLater = true;
+    QVERIFY(runOut(timer()));
+    QTRY_COMPARE_WITH_TIMEOUT(m_server->store().texts().size(), 3, Wait);
+    m_server->finishRows(2);
+    m_server->answersRowsLater = false;
+    m_poll->setList(m_server->list());
+    QVERIFY(timer()->isActive());
+    pollOnce();
     QCOMPARE(takeTold(), QString());
 }
 
