@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "sparqljsonparser.h"
 
+#include "jsontext.h"
 #include "resourceids.h"
 
 #include <algorithm>
@@ -13,49 +14,10 @@ namespace {
 constexpr size_t deepest = 64;
 constexpr qsizetype replayedAtOnce = qsizetype(256) << 10;
 
-bool isSpace(char c)
-{
-    return c == ' ' || c == '\n' || c == '\r' || c == '\t';
-}
-
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
 bool isInteger(QByteArrayView text)
 {
     const qsizetype sign = text.startsWith('-') || text.startsWith('+') ? 1 : 0;
-    return text.size() > sign && std::all_of(text.begin() + sign, text.end(), isDigit);
-}
-
-// Of JSON's grammar: -?int frac? exp?
-bool isNumber(QByteArrayView text)
-{
-    const char *at = text.begin();
-    const char *end = text.end();
-    const auto digits = [&] {
-        const char *first = at;
-        while (at < end && isDigit(*at))
-            ++at;
-        return at > first;
-    };
-    const auto take = [&](QByteArrayView any) {
-        const bool matches = at < end && any.contains(*at);
-        at += matches ? 1 : 0;
-        return matches;
-    };
-    take("-");
-    if (!take("0") && !digits())
-        return false;
-    if (take(".") && !digits())
-        return false;
-    if (take("eE")) {
-        take("+-");
-        if (!digits())
-            return false;
-    }
-    return at == end;
+    return text.size() > sign && std::all_of(text.begin() + sign, text.end(), json::isDigit);
 }
 
 RowTable::Type typeOfDatatype(QByteArrayView iri)
@@ -84,50 +46,6 @@ RowTable::Type typeOfDatatype(QByteArrayView iri)
     if (name == "dateTime" || name == "dateTimeStamp")
         return RowTable::Type::DateTime;
     return name == "boolean" ? RowTable::Type::Boolean : RowTable::Type::Text;
-}
-
-char unescaped(char c)
-{
-    switch (c) {
-    case '"':
-    case '\\':
-    case '/':
-        return c;
-    case 'b':
-        return '\b';
-    case 'f':
-        return '\f';
-    case 'n':
-        return '\n';
-    case 'r':
-        return '\r';
-    case 't':
-        return '\t';
-    default:
-        return '\0';
-    }
-}
-
-int hexDigit(char c)
-{
-    if (isDigit(c))
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
-}
-
-void appendUtf8(QByteArray &text, char32_t code)
-{
-    const auto tail = [&](unsigned shift) { return char(0x80U | ((code >> shift) & 0x3FU)); };
-    if (code < 0x80)
-        text.append(char(code));
-    else if (code < 0x800)
-        text.append(char(0xC0U | (code >> 6U))).append(tail(0));
-    else if (code < 0x10000)
-        text.append(char(0xE0U | (code >> 12U))).append(tail(6)).append(tail(0));
-    else
-        text.append(char(0xF0U | (code >> 18U))).append(tail(12)).append(tail(6)).append(tail(0));
 }
 
 } // namespace
@@ -160,7 +78,7 @@ bool SparqlJsonParser::feed(QByteArrayView piece)
         case Lexer::Between: {
             const bool wasDeferring = m_isDeferring;
             const char sign = *at++;
-            if (!isSpace(sign))
+            if (!json::isSpace(sign))
                 readSign(sign);
             if (m_isDeferring && !wasDeferring)
                 deferredFrom = at - 1;
@@ -257,7 +175,7 @@ const char *SparqlJsonParser::readEscape(const char *at)
         return at + 1;
     }
     flushHalfPair();
-    const char c = unescaped(*at);
+    const char c = json::unescaped(*at);
     if (c == '\0')
         fail(u"an escape that JSON does not have"_s);
     keep(QByteArrayView(&c, 1));
@@ -267,7 +185,7 @@ const char *SparqlJsonParser::readEscape(const char *at)
 
 const char *SparqlJsonParser::readUnicode(const char *at)
 {
-    const int digit = hexDigit(*at);
+    const int digit = json::hexDigit(*at);
     if (digit < 0)
         fail(u"a code point that is no hexadecimal number"_s);
     m_codeUnit = (m_codeUnit << 4U) | uint(digit);
@@ -281,7 +199,7 @@ const char *SparqlJsonParser::readUnicode(const char *at)
 void SparqlJsonParser::addCodeUnit(char16_t unit)
 {
     if (QChar::isLowSurrogate(unit) && m_highSurrogate != 0) {
-        appendUtf8(m_text, QChar::surrogateToUcs4(m_highSurrogate, unit));
+        json::appendUtf8(m_text, QChar::surrogateToUcs4(m_highSurrogate, unit));
         m_highSurrogate = 0;
         return;
     }
@@ -289,13 +207,13 @@ void SparqlJsonParser::addCodeUnit(char16_t unit)
     if (QChar::isHighSurrogate(unit))
         m_highSurrogate = unit;
     else
-        appendUtf8(m_text, QChar::isLowSurrogate(unit) ? char16_t(QChar::ReplacementCharacter) : unit);
+        json::appendUtf8(m_text, QChar::isLowSurrogate(unit) ? char16_t(QChar::ReplacementCharacter) : unit);
 }
 
 void SparqlJsonParser::flushHalfPair()
 {
     if (m_highSurrogate != 0)
-        appendUtf8(m_text, QChar::ReplacementCharacter);
+        json::appendUtf8(m_text, QChar::ReplacementCharacter);
     m_highSurrogate = 0;
 }
 
@@ -311,7 +229,7 @@ const char *SparqlJsonParser::readScalar(const char *at, const char *end)
 {
     static constexpr QByteArrayView delimiters = ",]}:[{\"";
     const char *first = at;
-    while (at < end && !isSpace(*at) && !delimiters.contains(*at))
+    while (at < end && !json::isSpace(*at) && !delimiters.contains(*at))
         ++at;
     keep(QByteArrayView(first, at - first));
     if (m_text.size() > 1000)
@@ -498,7 +416,7 @@ void SparqlJsonParser::string(QByteArrayView text)
 void SparqlJsonParser::scalar()
 {
     const bool isTruth = m_text == "true" || m_text == "false";
-    if (!isTruth && m_text != "null" && !isNumber(m_text)) {
+    if (!isTruth && m_text != "null" && !json::isNumber(m_text)) {
         fail(u"a word that JSON does not have"_s);
         return;
     }

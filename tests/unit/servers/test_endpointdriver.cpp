@@ -1,42 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/servers/endpointdriver.h"
-#include "platform/servers/endpointlink.h"
-#include "platform/sparql/outstandingupdates.h"
-#include "platform/sparql/sparqlresult.h"
-#include "support/webserver.h"
+#include "endpointtest.h"
 
-#include <QCryptographicHash>
-#include <QFile>
-#include <QProcess>
 #include <QSignalSpy>
-#include <QSslKey>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QUrlQuery>
 
-using namespace Qt::Literals::StringLiterals;
-using namespace std::chrono_literals;
+using namespace endpointtest;
 using Request = WebServer::Request;
 
 namespace {
-
-const SparqlQuery anyRead(u"SELECT ?_v WHERE { ?_v a nmm:Video . }"_s);
-const SparqlQuery
-    anyUpdate(u"DELETE { <urn:a> nie:title ?_insert } WHERE { <urn:a> nie:title ?_insert .} INSERT { "
-              "<urn:a> nie:title \"T\" }"_s,
-              SparqlQuery::UpdateStatement);
-
-QByteArray rows(const QList<QByteArray> &values)
-{
-    QByteArray bindings;
-    for (const QByteArray &value : values)
-        bindings += (bindings.isEmpty() ? "" : ",") + QByteArray(R"({"v":{"type":"uri","value":")") + value
-            + "\"}}";
-    return R"({"head":{"vars":["v"]},"results":{"bindings":[)" + bindings + "]}}";
-}
-
-const QByteArray one = rows({"urn:a"});
-const QByteArray json = "Content-Type: application/sparql-results+json\r\n";
 
 quint32 crc32(const QByteArray &bytes)
 {
@@ -62,45 +34,19 @@ QByteArray gzipped(const QByteArray &bytes)
         + word(quint32(bytes.size()));
 }
 
-ServerPatience impatient()
-{
-    ServerPatience patience;
-    patience.mostAttempts = 3;
-    patience.firstRetry = 1ms;
-    patience.firstProbe = 1h;
-    return patience;
-}
-
 QString formValue(const Request &request, const QString &name)
 {
     QString form = QString::fromLatin1(request.body);
     return QUrlQuery(form).queryItemValue(name, QUrl::FullyDecoded);
 }
 
-bool openssl(const QString &folder, const QStringList &arguments)
-{
-    QProcess process;
-    process.setWorkingDirectory(folder);
-    process.start(u"openssl"_s, arguments);
-    return process.waitForFinished(60000) && process.exitCode() == 0;
-}
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
-class TestEndpointDriver : public QObject
+class TestEndpointDriver : public EndpointTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-
     void queriesAndUpdatesAreForms();
     void answersInPieces();
     void gzip();
@@ -115,89 +61,14 @@ private Q_SLOTS:
     void slowButNotSilent();
     void redirects_data();
     void redirects();
-    void logins_data();
-    void logins();
-    void manyRequestsLogInAtOnce();
-    void aPasswordThatWasChanged();
-    void passwordsStayOffTheNetwork();
     void nobodyWantsTheAnswer();
     void anAnswerThatIsCutOffIsPaged();
     void aCutThatCannotBePagedIsAnError();
     void aServerThatTakesTooLongIsAskedForParts();
     void aServerThatReadsAddressesOnly();
-    void tls();
     void aLargeAnswerDoesNotBlock();
     void theConnectionGoesWithItsAnswer();
-
-private:
-    [[nodiscard]] SparqlResult *exec(const SparqlQuery &query)
-    {
-        return m_driver->exec(query, m_owner.get());
-    }
-    // The error, or the first column.
-    [[nodiscard]] QString outcome(SparqlResult *result);
-    void connectTo(const ServerSettings &settings);
-    [[nodiscard]] QUrl address(const QString &scheme = u"http"_s) const;
-    void storeLogin(const QString &password);
-
-    std::unique_ptr<WebServer> m_server;
-    std::unique_ptr<QTemporaryDir> m_folder;
-    ServerSettings m_settings;
-    std::unique_ptr<EndpointDriver> m_driver;
-    std::unique_ptr<QObject> m_owner;
 };
-
-void TestEndpointDriver::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    m_server = std::make_unique<WebServer>();
-    QVERIFY(m_server->start());
-    m_owner = std::make_unique<QObject>();
-    m_settings = {};
-    m_settings.queryAddress = address();
-    connectTo(m_settings);
-}
-
-void TestEndpointDriver::cleanup()
-{
-    m_owner.reset();
-    m_driver.reset();
-    m_server.reset();
-    QCOMPARE(OutstandingUpdates::instance().count(), 0);
-}
-
-QUrl TestEndpointDriver::address(const QString &scheme) const
-{
-    return QUrl(u"%1://127.0.0.1:%2/sparql"_s.arg(scheme).arg(m_server->serverPort()));
-}
-
-void TestEndpointDriver::connectTo(const ServerSettings &settings)
-{
-    m_driver = std::make_unique<EndpointDriver>(
-        settings, impatient(),
-        std::make_unique<Credentials>(QDBusConnection(u"nobody"_s), m_folder->filePath(u"credentials"_s)));
-}
-
-void TestEndpointDriver::storeLogin(const QString &password)
-{
-    QFile file(m_folder->filePath(u"credentials"_s));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(
-        u"[127.0.0.1:%1]\nuser = anna\npassword = %2\n"_s.arg(m_server->serverPort()).arg(password).toUtf8());
-    QVERIFY(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
-}
-
-QString TestEndpointDriver::outcome(SparqlResult *result)
-{
-    if (!QTest::qWaitFor([&] { return result->isFinished(); }, 60000))
-        return u"never finished"_s;
-    if (result->hasError())
-        return result->errorMessage();
-    QStringList values;
-    while (result->next())
-        values.append(result->stringValue(0));
-    return values.join(u' ');
-}
 
 void TestEndpointDriver::queriesAndUpdatesAreForms()
 {
@@ -443,108 +314,6 @@ void TestEndpointDriver::redirects()
     QVERIFY(m_server->requests[2].body.startsWith("update="));
 }
 
-void TestEndpointDriver::logins_data()
-{
-    QTest::addColumn<QByteArray>("challenge");
-    QTest::addColumn<QString>("password"); // null: nobody stored one
-    QTest::addColumn<QString>("outcome");
-    const QByteArray basic = R"(Basic realm="r")";
-    const QByteArray digest = R"(Digest realm="r", nonce="n", qop="auth", algorithm=MD5)";
-    const QString wrong = u"did not take the user name and password"_s;
-    QTest::newRow("basic") << basic << u"right"_s << u"urn:a"_s;
-    QTest::newRow("basic, wrong") << basic << u"wrong"_s << wrong;
-    QTest::newRow("digest") << digest << u"right"_s << u"urn:a"_s;
-    QTest::newRow("digest, wrong") << digest << u"wrong"_s << wrong;
-    QTest::newRow("nobody") << digest << QString() << u"no user name and password are stored for"_s;
-}
-
-void TestEndpointDriver::logins()
-{
-    QFETCH(QByteArray, challenge);
-    QFETCH(QString, password);
-    QFETCH(QString, outcome);
-    if (!password.isNull())
-        storeLogin(password);
-    const auto md5 = [](const QByteArray &text) {
-        return QCryptographicHash::hash(text, QCryptographicHash::Md5).toHex();
-    };
-    const auto isLoggedIn = [&](const Request &request) {
-        const QByteArray sent = request.header("authorization");
-        if (sent.startsWith("Basic "))
-            return QByteArray::fromBase64(sent.sliced(6)) == "anna:right";
-        const auto field = [&](const QByteArray &name) {
-            const QByteArray text = sent.sliced(sent.indexOf(' ' + name + '=') + name.size() + 2);
-            return text.startsWith('"') ? text.sliced(1, text.indexOf('"', 1) - 1)
-                                        : text.first(text.indexOf(','));
-        };
-        return sent.startsWith("Digest ")
-            && field("response")
-            == md5(md5("anna:r:right") + ":n:" + field("nc") + ':' + field("cnonce")
-                   + ":auth:" + md5(request.method + ':' + request.target));
-    };
-    m_server->answer = [&](const Request &request) {
-        if (isLoggedIn(request))
-            WebServer::reply(request, "200 OK", one, json);
-        else
-            WebServer::reply(request, "401 Who", "who?", "WWW-Authenticate: " + challenge + "\r\n");
-    };
-    for (const SparqlQuery &statement : {anyRead, anyUpdate, anyRead}) {
-        const QString text = this->outcome(exec(statement));
-        const bool isUpdate = statement.type() == SparqlQuery::UpdateStatement;
-        if (isUpdate && outcome == u"urn:a"_s)
-            QCOMPARE(text, QString());
-        else
-            QVERIFY2(text.contains(outcome), qUtf8Printable(text));
-        QVERIFY(!text.contains(u"right"_s) && !text.contains(u"wrong"_s + u'"'));
-    }
-}
-
-void TestEndpointDriver::manyRequestsLogInAtOnce()
-{
-    storeLogin(u"right"_s);
-    m_server->answer = [](const Request &request) {
-        if (request.header("authorization") == "Basic " + QByteArray("anna:right").toBase64())
-            WebServer::reply(request, "200 OK", one, json);
-        else
-            WebServer::reply(request, "401 Who", {}, "WWW-Authenticate: Basic realm=\"r\"\r\n");
-    };
-    QList<SparqlResult *> results;
-    for (int i = 0; i < 12; ++i)
-        results.append(exec(i % 4 == 3 ? anyUpdate : anyRead));
-    for (int i = 0; i < 12; ++i)
-        QCOMPARE(outcome(results[i]), i % 4 == 3 ? QString() : u"urn:a"_s);
-}
-
-// The server's password is changed while the program runs; the person stores the new one.
-void TestEndpointDriver::aPasswordThatWasChanged()
-{
-    QByteArray password = "first";
-    m_server->answer = [&](const Request &request) {
-        if (request.header("authorization") == "Basic " + ("anna:" + password).toBase64())
-            WebServer::reply(request, "200 OK", one, json);
-        else
-            WebServer::reply(request, "401 Who", {}, "WWW-Authenticate: Basic realm=\"r\"\r\n");
-    };
-    storeLogin(u"first"_s);
-    QCOMPARE(outcome(exec(anyRead)), u"urn:a"_s);
-    password = "second";
-    QVERIFY(outcome(exec(anyRead)).contains(u"did not take"_s));
-    storeLogin(u"second"_s);
-    QCOMPARE(outcome(exec(anyRead)), u"urn:a"_s);
-    QCOMPARE(outcome(exec(anyUpdate)), QString());
-}
-
-void TestEndpointDriver::passwordsStayOffTheNetwork()
-{
-    for (const QString &address : {u"https://archive.example/sparql"_s, u"http://localhost:8890/sparql"_s,
-                                   u"http://127.0.0.1/sparql"_s, u"http://[::1]/sparql"_s})
-        QVERIFY2(EndpointLink::mayLogIn(QUrl(address)), qUtf8Printable(address));
-    for (const QString &address :
-         {u"http://archive.example/sparql"_s, u"http://192.168.1.2/sparql"_s,
-          u"http://127.0.0.1.example/sparql"_s, u"http://localhost.example/sparql"_s})
-        QVERIFY2(!EndpointLink::mayLogIn(QUrl(address)), qUtf8Printable(address));
-}
-
 void TestEndpointDriver::nobodyWantsTheAnswer()
 {
     QPointer<QTcpSocket> socket;
@@ -615,49 +384,6 @@ void TestEndpointDriver::aServerThatReadsAddressesOnly()
     QCOMPARE(m_server->requests.constLast().method, "GET");
     QCOMPARE(outcome(exec(anyRead)), u"urn:a"_s);
     QCOMPARE(m_server->requests.size(), 4); // it is remembered
-}
-
-void TestEndpointDriver::tls()
-{
-    const QString folder = m_folder->path();
-    QVERIFY(openssl(folder,
-                    {u"req"_s, u"-x509"_s, u"-newkey"_s, u"rsa:2048"_s, u"-nodes"_s, u"-days"_s, u"2"_s,
-                     u"-subj"_s, u"/CN=Test"_s, u"-addext"_s, u"subjectAltName=IP:127.0.0.1"_s, u"-keyout"_s,
-                     u"key.pem"_s, u"-out"_s, u"certificate.pem"_s}));
-    const QString certificate = m_folder->filePath(u"certificate.pem"_s);
-    QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
-    tls.setLocalCertificate(QSslCertificate(contentOf(certificate)));
-    tls.setPrivateKey(QSslKey(contentOf(m_folder->filePath(u"key.pem"_s)), QSsl::Rsa));
-    tls.setCaCertificates(QSslCertificate::fromPath(certificate));
-    tls.setPeerVerifyMode(QSslSocket::VerifyPeer); // of the client
-    m_server = std::make_unique<WebServer>();
-    QVERIFY(m_server->start(&tls));
-    m_server->answer = [](const Request &request) { WebServer::reply(request, "200 OK", one, json); };
-
-    m_settings.queryAddress = address(u"https"_s);
-    connectTo(m_settings);
-    QVERIFY(outcome(exec(anyRead)).contains(u"certificate"_s, Qt::CaseInsensitive)); // nobody trusts it
-    QCOMPARE(m_server->requests.size(), 0);
-
-    m_settings.certificateAuthority = certificate;
-    connectTo(m_settings);
-    QVERIFY(!outcome(exec(anyRead)).startsWith(u"urn:"_s)); // it wants to know who we are
-    QCOMPARE(m_server->requests.size(), 0);
-
-    m_settings.clientCertificate = certificate;
-    m_settings.clientKey = m_folder->filePath(u"key.pem"_s);
-    connectTo(m_settings);
-    QCOMPARE(outcome(exec(anyRead)), u"urn:a"_s);
-
-    m_settings.certificateAuthority = m_folder->filePath(u"nothing.pem"_s);
-    connectTo(m_settings);
-    QVERIFY(outcome(exec(anyRead)).contains(u"no certificate authority can be read"_s));
-
-    m_settings.certificateAuthority = certificate;
-    m_settings.queryAddress.setHost(u"localhost"_s); // it is not in the certificate
-    connectTo(m_settings);
-    QVERIFY(!outcome(exec(anyRead)).startsWith(u"urn:"_s));
-    QCOMPARE(m_server->requests.size(), 1);
 }
 
 void TestEndpointDriver::aLargeAnswerDoesNotBlock()
