@@ -56,6 +56,8 @@ public:
     // Whether a press of a remote button may start to play: not during a call, of which the person is told,
     // and nothing with a picture under a lock, unless on a TV.
     [[nodiscard]] bool admitsPlayback(bool withPicture);
+    // Of the server that holds the library.
+    void setLibraryReachable(bool reachable);
 
     // Forwards keys and window ids; swallows nothing.
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -67,11 +69,8 @@ Q_SIGNALS:
     void mmcStatusChanged(bool mounted);
     void launched();
     void preUnmount();
-    void displayTurned(bool on);
 
 public Q_SLOTS:
-    // Of the server that holds the library.
-    void setLibraryReachable(bool reachable);
     void showPlayerPage();
     void raiseToTop();
     void goToLocalVideosPage();

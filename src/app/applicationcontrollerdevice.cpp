@@ -36,7 +36,6 @@ namespace {
 
 enum Lock { DeviceLock = 0, KeyLock = 1 };
 constexpr int Locked = 1;
-constexpr int DisplayOff = 0;
 constexpr int DisplayOn = 1;
 
 // A name that is taken comes to this program when its owner ends, perhaps an instance that is just ending.
@@ -192,7 +191,6 @@ void ApplicationController::deviceDisplayStateChanged(int state)
 {
     m_displayState = state;
     tellDisplayState();
-    Q_EMIT displayTurned(state != DisplayOff);
 }
 
 void ApplicationController::tellDisplayState()

@@ -6,6 +6,7 @@
 #include "data/videoinfo.h"
 #include "platform/servers/changepoll.h"
 #include "platform/servers/serversettings.h"
+#include "platform/system/devicestate.h"
 #include "platform/toolkit/applicationwindow.h"
 
 #include <chrono>
@@ -14,6 +15,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
+constexpr int DisplayOff = 0;
 constexpr auto RetryInterval = std::chrono::seconds(30);
 
 ServerSettings settingsOf(const QString &driver)
@@ -70,7 +72,10 @@ void ServerLibrary::follow(toolkit::ApplicationWindow *window)
         updateVisible();
     });
     m_windowOnDisplay = window->isOnDisplay();
-    updateVisible();
+    const DisplayWatcher *display = DisplayWatcher::create(this);
+    connect(display, &DisplayWatcher::stateChanged, this,
+            [this](int state) { setDisplayOn(state != DisplayOff); });
+    setDisplayOn(display->state() != DisplayOff);
 }
 
 void ServerLibrary::setDisplayOn(bool on)

@@ -86,7 +86,6 @@ void connectServer(ServerLibrary *server, ApplicationWindow *window, Application
     server->follow(window);
     QObject::connect(server, &ServerLibrary::reachableChanged, controller,
                      &ApplicationController::setLibraryReachable);
-    QObject::connect(controller, &ApplicationController::displayTurned, server, &ServerLibrary::setDisplayOn);
 }
 
 // Every thread would get a heap of its own, up to eight a core, and every video starts a dozen threads: what

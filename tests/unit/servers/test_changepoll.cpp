@@ -1,151 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/servers/changepoll.h"
-#include "platform/servers/changepolltexts.h"
 #include "platform/servers/resourceids.h"
 
+#include "polledserver.h"
 #include "support/driventimer.h"
-#include "support/fakesparqldriver.h"
 
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 
-#include <map>
-
 using namespace Qt::Literals::StringLiterals;
 using Quad = ChangeNotifier::Quad;
 using Answer = FakeSparqlAnswer;
+using namespace polling;
 
 namespace {
 
 constexpr int Wait = 20000; // ms
-constexpr int VideoClass = 101;
-constexpr int TitleId = 102;
-constexpr int PositionId = 103;
-constexpr int FileNameId = 104;
-constexpr int TypeId = 105;
-
-struct Video
-{
-    QString title;
-    QString position;
-    QString fileName;
-    int stamp = 0; // 0: none
-};
-
-// A library by number, as a server would tell of it: video n stands in group n % 256.
-class FakeServer
-{
-public:
-    FakeServer()
-    {
-        m_ownStore.answerWith({{VideoClass, TitleId, PositionId, FileNameId, TypeId}});
-        m_store.answerBy([this](const SparqlQuery &query) { return answer(query.text()); });
-    }
-
-    std::map<int, Video> videos;
-    bool away = false;
-    bool countsStamps = true;
-    bool answersRowsLater = false; // when finishRows() is called
-    qsizetype mostRows = 1000000; // more are cut off without a word
-    std::function<void()> beforeRows; // happens between a poll's look at the groups and its reading them
-
-    [[nodiscard]] FakeSparqlStore &store() { return m_store; }
-    [[nodiscard]] FakeSparqlStore &ownStore() { return m_ownStore; }
-
-    // What was asked since the last call: "stamps", "groups", or "rows" with the number of groups.
-    QStringList takeQuestions()
-    {
-        QStringList words;
-        for (const QString &text : m_store.texts()) {
-            if (text == ChangePollTexts::Stamps)
-                words.append(u"stamps"_s);
-            else if (text == ChangePollTexts::Groups)
-                words.append(u"groups"_s);
-            else
-                words.append(u"rows %1"_s.arg(groupsOf(text).size()));
-        }
-        m_store.clear();
-        return words;
-    }
-
-    void finishRows(int statement)
-    {
-        m_store.finish(statement, rows(groupsOf(m_store.statements().at(statement).text)));
-    }
-
-    // What a list holds that is loaded now.
-    [[nodiscard]] LibrarySnapshot list() const
-    {
-        LibrarySnapshot snapshot;
-        for (const auto &[id, video] : videos)
-            snapshot.add({id, video.title, video.position, video.fileName});
-        return snapshot;
-    }
-
-private:
-    static QSet<int> groupsOf(const QString &text)
-    {
-        static const QRegularExpression name(u"\"([0-9a-f]{2})\""_s);
-        QSet<int> groups;
-        const QString list = text.mid(text.lastIndexOf(u" IN ("_s));
-        for (const auto &match : name.globalMatch(list))
-            groups.insert(match.captured(1).toInt(nullptr, 16));
-        return groups;
-    }
-    static QString groupName(int id) { return u"%1"_s.arg(id % 256, 2, 16, QChar(u'0')); }
-
-    Answer answer(const QString &text)
-    {
-        if (away)
-            return Answer::error(u"connection refused"_s);
-        if (text == ChangePollTexts::Stamps)
-            return countsStamps ? Answer::rows(stamps()) : Answer::error(u"no such function"_s);
-        if (text == ChangePollTexts::Groups)
-            return Answer::rows(groups());
-        if (answersRowsLater)
-            return Answer::later();
-        if (const auto change = std::exchange(beforeRows, {}))
-            change();
-        return Answer::rows(rows(groupsOf(text)));
-    }
-    [[nodiscard]] QList<QVariantList> stamps() const
-    {
-        int stamped = 0;
-        int newest = 0;
-        for (const auto &[id, video] : videos) {
-            stamped += video.stamp > 0 ? 1 : 0;
-            newest = qMax(newest, video.stamp);
-        }
-        return {{int(videos.size()), stamped, newest}};
-    }
-    [[nodiscard]] QList<QVariantList> groups() const
-    {
-        std::map<QString, std::pair<int, QString>> groups;
-        for (const auto &[id, video] : videos) {
-            auto &[count, content] = groups[groupName(id)];
-            ++count;
-            content
-                += u"%1/%2/%3/%4;"_s.arg(QString::number(id), video.title, video.position, video.fileName);
-        }
-        QList<QVariantList> rows;
-        for (const auto &[name, group] : groups)
-            rows.append({name, group.first, group.second});
-        return rows;
-    }
-    [[nodiscard]] QList<QVariantList> rows(const QSet<int> &groups) const
-    {
-        QList<QVariantList> rows;
-        for (const auto &[id, video] : videos) {
-            if (groups.contains(id % 256) && rows.size() < mostRows)
-                rows.append({id, video.title, video.position, video.fileName, groupName(id)});
-        }
-        return rows;
-    }
-
-    FakeSparqlStore m_ownStore;
-    FakeSparqlStore m_store{u"QSPARQL_ENDPOINT"_s};
-};
 
 // "+3 -4 7:t": what became a video, stopped being one, and whose title (p: position, f: file name) changed.
 QString textOf(const QList<Quad> &deletes, const QList<Quad> &inserts)
@@ -204,7 +75,7 @@ private:
     // What was told since the last call.
     QString takeTold();
 
-    std::unique_ptr<FakeServer> m_server;
+    std::unique_ptr<PolledServer> m_server;
     std::unique_ptr<ChangeNotifier> m_notifier;
     std::unique_ptr<ChangePoll> m_poll;
     ChangePoll::Options m_options;
@@ -218,7 +89,7 @@ void TestChangePoll::init()
     m_interval = std::chrono::seconds(30);
     m_now = 1000;
     m_told.clear();
-    m_server = std::make_unique<FakeServer>();
+    m_server = std::make_unique<PolledServer>();
     for (int id = 1; id <= 5; ++id)
         m_server->videos[id] = {u"Title %1"_s.arg(id), {}, u"%1.mp4"_s.arg(id)};
     m_options = {};
