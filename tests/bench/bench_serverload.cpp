@@ -100,32 +100,21 @@ class Library
 public:
     explicit Library(const QString &driver) : m_server((TrackerInterface::setTrackerMode(driver), driver))
     {
-        m_timer.start();
         m_server.follow(TrackerInterface::instance());
         m_model = std::make_unique<AllVideosModel>(nullptr);
         QEventLoop loop;
         QObject::connect(m_model.get(), &AllVideosModel::modelUpdated, &loop, &QEventLoop::quit);
         loop.exec();
-        m_elapsed = double(m_timer.nsecsElapsed()) / 1e6;
         if (m_model->rowCount() == 0)
             qFatal("the list is empty");
     }
 
     [[nodiscard]] AllVideosModel &model() { return *m_model; }
-    [[nodiscard]] double milliseconds() const { return m_elapsed; }
 
 private:
-    QElapsedTimer m_timer;
     ServerLibrary m_server;
     std::unique_ptr<AllVideosModel> m_model;
-    double m_elapsed = 0;
 };
-
-void list(const QString &driver)
-{
-    Library library(driver);
-    report(library.model().rowCount(), library.milliseconds());
-}
 
 void title(const QString &driver)
 {
@@ -168,8 +157,6 @@ int main(int argc, char **argv)
                                .text));
     else if (step == "load"_L1)
         load(driver);
-    else if (step == "list"_L1)
-        list(driver);
     else if (step == "title"_L1)
         title(driver);
     else
