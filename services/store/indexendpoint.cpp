@@ -250,8 +250,10 @@ void IndexEndpoint::fail(const QString &error)
     m_changeTimer.stop();
     g_cancellable_cancel(m_cancellable.get());
     m_questions.clear();
-    if (m_stream)
+    if (m_stream) {
+        m_stream->disconnect(this);
         m_stream->deleteLater();
+    }
     m_stream = nullptr;
     m_owesAll = false;
     if (m_notifier)

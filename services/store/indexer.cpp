@@ -59,6 +59,8 @@ void Indexer::consider(const FoundFile &file)
             takeFacts(file.path, file.facts);
         return;
     }
+    // Found there, after it was away: nobody scans a file system that only the index follows.
+    m_away.removeIf([&](const QString &folder) { return file.path.startsWith(folder + u'/'); });
     if (m_batched.contains(file.path))
         flush(); // told twice: the library has to know of the first time
     m_progress.fileSeen();

@@ -65,7 +65,7 @@ bool DesktopMiner::start()
     m_process.setProcessEnvironment(m_environment);
     m_process.setProcessChannelMode(QProcess::ForwardedChannels);
     m_process.start(program, {});
-    if (!m_process.waitForStarted() || !QTest::qWaitFor([this] { return !status().isEmpty(); }, 30000))
+    if (!m_process.waitForStarted() || !QTest::qWaitFor([this] { return !status().isEmpty(); }, 60000))
         return false;
     m_index = tracker_sparql_connection_bus_new(s_name, nullptr, m_bus, nullptr);
     return m_index != nullptr;
@@ -139,7 +139,7 @@ bool DesktopMiner::waitFor(QStringList fileNames)
 {
     fileNames.sort();
     const bool ok
-        = QTest::qWaitFor([&] { return m_index && videos() == fileNames && status() == u"Idle"_s; }, 60000);
+        = QTest::qWaitFor([&] { return m_index && videos() == fileNames && status() == u"Idle"_s; }, 180000);
     if (!ok)
         qWarning() << "the index knows" << videos() << "and is" << status();
     return ok;
