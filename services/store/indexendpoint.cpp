@@ -115,7 +115,7 @@ void IndexEndpoint::follow()
 void IndexEndpoint::askAll()
 {
     m_owesAll = true;
-    askVideos(allVideosQuery(), false, [this] {
+    askVideos(allVideosQuestions(), false, [this] {
         m_owesAll = false;
         Q_EMIT toldAll();
     });
@@ -157,7 +157,7 @@ void IndexEndpoint::askAboutChanges()
     while (!urns.isEmpty()) {
         const QStringList some = urns.mid(0, s_mostNamed);
         urns = urns.mid(s_mostNamed);
-        askVideos(videosQuery(some), true, {});
+        askVideos(videosQuestions(some), true, {});
         // A file system that was mounted or unmounted shows in its folder alone.
         ask({indexedFoldersQuery(some),
              [this](const QStringList &) {
@@ -168,16 +168,22 @@ void IndexEndpoint::askAboutChanges()
     }
 }
 
-void IndexEndpoint::askVideos(const QString &text, bool fresh, const std::function<void()> &done)
+void IndexEndpoint::askVideos(const QList<IndexQuestion> &questions, bool fresh,
+                              const std::function<void()> &done)
 {
-    ask({text,
-         [this, fresh](const QStringList &cells) {
-             if (auto file = toldFileOf(cells)) {
-                 file->fresh = fresh;
-                 m_files.append(*file);
-             }
-         },
-         done});
+    const auto details = std::make_shared<QHash<QString, QStringList>>();
+    for (qsizetype i = 0; i < questions.size(); ++i) {
+        const IndexQuestion &question = questions[i];
+        const auto row = [this, fresh, question, details](const QStringList &cells) {
+            if (!question.isLast()) {
+                takeDetails(question, cells, details.get());
+            } else if (auto file = toldFileOf(cells, *details)) {
+                file->fresh = fresh;
+                m_files.append(*file);
+            }
+        };
+        ask({question.text, row, i + 1 == questions.size() ? done : std::function<void()>()});
+    }
 }
 
 void IndexEndpoint::ask(Question question)

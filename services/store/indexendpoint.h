@@ -2,6 +2,7 @@
 #pragma once
 
 #include "gref.h"
+#include "indexquery.h"
 #include "toldfile.h"
 
 #include <libtracker-sparql/tracker-sparql.h>
@@ -58,7 +59,7 @@ private:
     void follow();
     void noteEvent(TrackerNotifierEvent *event);
     void askAboutChanges();
-    void askVideos(const QString &text, bool fresh, const std::function<void()> &done);
+    void askVideos(const QList<IndexQuestion> &questions, bool fresh, const std::function<void()> &done);
     void ask(Question question);
     void askNext();
     void answered(GAsyncResult *result);
