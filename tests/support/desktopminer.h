@@ -30,6 +30,8 @@ public:
 private:
     [[nodiscard]] QString status();
     [[nodiscard]] QStringList videos();
+    void hurry();
+    [[nodiscard]] uint processOf(const char *name);
     [[nodiscard]] QStringList rows(const char *query);
 
     QProcessEnvironment m_environment;
