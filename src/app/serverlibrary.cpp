@@ -106,10 +106,10 @@ void ServerLibrary::listLoaded(const QList<QStringList> &rows)
 // itself as soon as it is back.
 void ServerLibrary::listFailed()
 {
-    if (m_hasList)
-        return;
-    m_listFailed = true;
     m_retry.start();
+    if (m_hasList)
+        return; // what is shown stays, but somebody asked for another since it is not what the server has
+    m_listFailed = true;
     updateReachable();
 }
 

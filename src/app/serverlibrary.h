@@ -15,8 +15,8 @@ namespace toolkit {
 class ApplicationWindow;
 }
 
-// What a library on a server needs beside its driver: changes are looked for while somebody looks, a first
-// list that could not be loaded is asked for again, and the program hears whether the server can be reached.
+// What a library on a server needs beside its driver: changes are looked for while somebody looks, a list
+// that could not be loaded is asked for again, and the program hears whether the server can be reached.
 class ServerLibrary : public QObject
 {
     Q_OBJECT

@@ -39,6 +39,7 @@ private Q_SLOTS:
     void nothingIsLookedForWhileNobodyLooks();
     void reachableWhenBothConnectionsAre();
     void aFirstListThatFailedIsAskedForAgain();
+    void aLaterListThatFailedIsAskedForAgain();
 
 private:
     [[nodiscard]] QTimer *pollTimer() const { return m_library->poll()->findChild<QTimer *>(u"pollTimer"_s); }
@@ -183,6 +184,24 @@ void TestServerLibrary::aFirstListThatFailedIsAskedForAgain()
     QVERIFY(runOut(retry));
     QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 1, Wait);
     QVERIFY(m_library->isReachable());
+    QVERIFY(!retry->isActive());
+}
+
+// Somebody asked for it because what is shown is not what the server has. It stays, and so does the page.
+void TestServerLibrary::aLaterListThatFailedIsAskedForAgain()
+{
+    load();
+    m_fails = true;
+    QSignalSpy failed(m_store->news(), &StoreNews::listFailed);
+    QTest::ignoreMessage(QtWarningMsg, "void TrackerInterface::allVideosReady() Error in query: \"no\"");
+    QVERIFY(m_store->allVideos(0) != 0);
+    QTRY_COMPARE_WITH_TIMEOUT(failed.size(), 1, Wait);
+    QVERIFY(m_library->isReachable());
+    m_fails = false;
+    QSignalSpy loaded(m_store.get(), &TrackerInterface::allVideosFinished);
+    auto *retry = m_library->findChild<QTimer *>(u"listRetry"_s);
+    QVERIFY(runOut(retry));
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 1, Wait);
     QVERIFY(!retry->isActive());
 }
 
