@@ -12,6 +12,7 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr size_t deepest = 64;
+constexpr qsizetype mostColumns = 1024;
 constexpr qsizetype replayedAtOnce = qsizetype(256) << 10;
 
 bool isInteger(QByteArrayView text)
@@ -484,6 +485,8 @@ void SparqlJsonParser::value(QByteArrayView text)
 {
     const Context context = m_levels.back().context;
     if (context == Context::Variables) {
+        if (m_variables.size() == mostColumns)
+            fail(u"more columns than this program takes"_s);
         m_variables.append(text.toByteArray());
     } else if (context == Context::Cell) {
         if (m_member == Member::Value) {

@@ -8,7 +8,8 @@
 
 bool RowTable::append(Type type, QByteArrayView utf8)
 {
-    if (size_t(m_bytes.size()) + size_t(utf8.size()) > std::numeric_limits<quint32>::max())
+    if (size_t(m_bytes.size()) + size_t(utf8.size()) > std::numeric_limits<quint32>::max()
+        || m_ends.size() >= mostCells)
         return false;
     m_bytes.append(utf8);
     m_ends.push_back(quint32(m_bytes.size()));
@@ -67,7 +68,8 @@ void RowTable::removeRepeated(int column)
 bool RowTable::appendRows(const RowTable &other)
 {
     Q_ASSERT(m_columns == other.m_columns);
-    if (size_t(m_bytes.size()) + size_t(other.m_bytes.size()) > std::numeric_limits<quint32>::max())
+    if (size_t(m_bytes.size()) + size_t(other.m_bytes.size()) > std::numeric_limits<quint32>::max()
+        || m_ends.size() + other.m_ends.size() > mostCells)
         return false;
     const auto base = quint32(m_bytes.size());
     m_bytes.append(other.m_bytes);

@@ -16,7 +16,10 @@ public:
     RowTable() = default;
     explicit RowTable(int columns) : m_columns(columns) { }
 
-    // Cells come row by row. False when the table is full (4 GiB of text).
+    // Cells without a text take memory, too.
+    static constexpr size_t mostCells = size_t(1) << 28;
+
+    // Cells come row by row. False when the table is full (4 GiB of text, or mostCells).
     [[nodiscard]] bool append(Type type, QByteArrayView utf8);
     // Keeps the first of all rows with the same number in `column`, and every row without one. Numbers count
     // from 1: a bit is held for each up to the greatest.

@@ -168,6 +168,8 @@ void TestSparqlJsonParser::documents_data()
     add("escape", answer(R"({"a":)" + cell(R"(\x)") + "}"));
     add("code point", answer(R"({"a":)" + cell(R"(\u00g0)") + "}"));
     add("deep", R"({"x":)" + QByteArray(100, '[') + QByteArray(100, ']') + "}");
+    add("columns without an end",
+        R"({"head":{"vars":[)" + QByteArray("\"a\",").repeated(2000) + R"("b"]},"results":{"bindings":[]}})");
     add("endless number", R"({"x":1)" + QByteArray(5000, '1') + "}");
 }
 
