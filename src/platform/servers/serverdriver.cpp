@@ -120,11 +120,24 @@ bool ServerDriver::isBeingWritten(const QSet<QString> &iris) const
     });
 }
 
+bool ServerDriver::updatesGoElsewhere() const
+{
+    return !m_settings.updateAddress.isEmpty()
+        && m_settings.updateAddress.authority() != m_settings.queryAddress.authority();
+}
+
+// Their own server is away.
+bool ServerDriver::updatesAreHeldUp() const
+{
+    return updatesGoElsewhere() && !m_updates.empty()
+        && m_updates.front()->attempts > m_patience.mostAttempts;
+}
+
 bool ServerDriver::maySend(const Read &read) const
 {
     // What was written is what is read. What waits for a server that is away is waited for by nobody.
     return !read.isResting && m_underWay.size() < m_patience.mostUnderWay
-        && (!m_isReachable || !isBeingWritten(read.statement.iris));
+        && (!m_isReachable || updatesAreHeldUp() || !isBeingWritten(read.statement.iris));
 }
 
 void ServerDriver::sendWaiting()
@@ -253,11 +266,16 @@ void ServerDriver::updateAnswered(Answer answer)
         || (answer.ending == Ending::Busy && front.attempts < m_patience.mostAttempts);
     if (wasNotDone) {
         if (answer.ending == Ending::NotReached && front.attempts >= m_patience.mostAttempts) {
-            front.attempts = 0;
-            notReached();
-            return;
+            if (!updatesGoElsewhere()) {
+                front.attempts = 0;
+                notReached();
+                return;
+            }
+            if (front.attempts == m_patience.mostAttempts)
+                qCWarning(lcSparql).noquote() << "updates wait for their server:" << answer.error;
         }
-        const auto pause = m_patience.firstRetry * (1 << std::min(front.attempts - 1, 10));
+        const std::chrono::milliseconds pause
+            = std::min(m_patience.firstRetry * (1 << std::min(front.attempts - 1, 10)), m_patience.lastProbe);
         m_updateRetry.start(
             std::clamp(answer.retryAfter, pause, std::max(pause, m_patience.longestRetryAfter)));
         return;

@@ -32,7 +32,8 @@ struct ServerPatience
 // one answer back; here statements wait for their turn:
 // - texts are adapted to standard SPARQL;
 // - updates go one at a time in the order given, and count as outstanding until they are through. One that
-//   cannot have reached the server waits until it is back; one that may have been done is never sent again;
+//   cannot have reached the server waits until it is back; one that may have been done is never sent again.
+//   Where updates have a server of their own, that one alone is tried again and again;
 // - a read that names what an unacknowledged update names waits for it, unless the server cannot be reached;
 // - reads are sent again, with growing pauses, when the server could not be reached or went away;
 // - a look-up by address is answered without rows when the server is late;
@@ -90,6 +91,8 @@ private:
     void giveUp(const std::shared_ptr<Read> &read);
     [[nodiscard]] bool maySend(const Read &read) const;
     [[nodiscard]] bool isBeingWritten(const QSet<QString> &iris) const;
+    [[nodiscard]] bool updatesGoElsewhere() const;
+    [[nodiscard]] bool updatesAreHeldUp() const;
     void sendWaiting();
     void sendRead(const std::shared_ptr<Read> &read);
     void sendNextUpdate();

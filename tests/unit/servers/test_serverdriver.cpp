@@ -24,7 +24,10 @@ public:
         bool isUpdate;
     };
 
-    explicit OwnDriver(const ServerPatience &patience) : ServerDriver({}, patience) { }
+    explicit OwnDriver(const ServerPatience &patience, const ServerSettings &settings = {})
+        : ServerDriver(settings, patience)
+    {
+    }
 
     void answerRows(int index, const QStringList &texts, int columns = 1)
     {
@@ -97,6 +100,7 @@ private Q_SLOTS:
     void anUpdateThatMayHaveBeenDoneIsNotRepeated_data();
     void anUpdateThatMayHaveBeenDoneIsNotRepeated();
     void anUpdateThatWasNotSeenWaitsForTheServer();
+    void aServerForUpdatesThatIsAwayIsNoLostLibrary();
     void aSilentStatementAloneIsNoLostServer();
     void aSilentServerIsLost();
     void aLookUpIsAnsweredWithoutTheServer();
@@ -264,6 +268,32 @@ void TestServerDriver::anUpdateThatWasNotSeenWaitsForTheServer()
     QVERIFY(m_driver->sent[5].isUpdate);
     m_driver->end(5, Ending::Answered);
     QVERIFY(update->isFinished() && !update->hasError());
+}
+
+// The library is browsed as before, and what was written goes out when its server is back.
+void TestServerDriver::aServerForUpdatesThatIsAwayIsNoLostLibrary()
+{
+    ServerSettings settings;
+    settings.queryAddress = QUrl(u"http://replicas.example/sparql"_s);
+    settings.updateAddress = QUrl(u"http://primary.example/sparql"_s);
+    m_driver = std::make_unique<OwnDriver>(impatient(), settings);
+    QSignalSpy reachable(m_driver.get(), &SparqlDriver::reachableChanged);
+    SparqlResult *update = m_driver->exec(setTitle(u"urn:a"_s, u"one"_s), m_owner.get());
+    SparqlResult *read = m_driver->exec(titleOf(u"urn:a"_s), m_owner.get());
+    for (int i = 0; i < 4; ++i) {
+        waitForSent(i + 1);
+        QVERIFY(m_driver->sent[i].isUpdate);
+        m_driver->end(i, Ending::NotReached);
+    }
+    QCOMPARE(m_driver->sent.size(), 5); // the read waits no longer
+    QVERIFY(!m_driver->sent[4].isUpdate);
+    m_driver->answerRows(4, {u"before"_s});
+    QVERIFY(read->isFinished() && !read->hasError());
+    waitForSent(6);
+    QVERIFY(m_driver->sent[5].isUpdate && !update->isFinished());
+    m_driver->end(5, Ending::Answered);
+    QVERIFY(update->isFinished() && !update->hasError());
+    QCOMPARE(reachable.size(), 0);
 }
 
 void TestServerDriver::aSilentStatementAloneIsNoLostServer()
