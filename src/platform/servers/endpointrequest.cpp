@@ -210,7 +210,8 @@ bool EndpointRequest::takeSlice()
         const QByteArrayView bytes = QByteArrayView(piece).first(size);
         if (m_words.size() < mostWords)
             m_words.append(bytes.first(std::min(bytes.size(), mostWords - m_words.size())));
-        if (hasRows && !m_parser->feed(bytes)) {
+        const bool isUseful = hasRows ? m_parser->feed(bytes) : status < 300 || m_words.size() < mostWords;
+        if (!isUseful) {
             m_hasEnded = true; // the rest is of no use
             return false;
         }
@@ -235,6 +236,7 @@ void EndpointRequest::silent()
 void EndpointRequest::complete()
 {
     m_silence.stop();
+    m_reply->disconnect(this); // it may go on: once is enough
     const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     const bool isCut = m_reply->error() != QNetworkReply::NoError && status < 300;
     const bool isBroken = m_parser && !m_parser->error().isNull();
@@ -313,7 +315,9 @@ bool EndpointRequest::pageOn(int rowsAtOnce, RowTable rows)
         qCInfo(serversLog) << "the server gives" << rowsAtOnce
                            << "rows at a time: it is asked for one page after the other";
     m_pageRows = isFirst ? rowsAtOnce : std::min(m_pageRows, rowsAtOnce);
-    m_link.setPageRows(m_pageRows);
+    // Not before a page has come: a server that said nothing may have been stopped for a while.
+    if (!isFirst && m_statement.isOneRowEach)
+        m_link.setPageRows(m_pageRows);
     m_pageAfter = last;
     m_rows = isFirst ? RowTable() : std::move(rows);
     m_rowsBefore = m_rows.rows();

@@ -52,6 +52,7 @@ private Q_SLOTS:
     void gzip();
     void failures_data();
     void failures();
+    void anErrorWithoutAnEnd();
     void aBusyServerIsAskedAgain();
     void aServerThatGoesAwayIsAskedAgain_data();
     void aServerThatGoesAwayIsAskedAgain();
@@ -150,6 +151,20 @@ void TestEndpointDriver::failures()
     QVERIFY2(text.startsWith(error), qUtf8Printable(text));
     QVERIFY(text.size() < 400);
     QCOMPARE(m_server->requests.size(), 1);
+}
+
+// Nobody waits for the rest of what is of no use.
+void TestEndpointDriver::anErrorWithoutAnEnd()
+{
+    m_server->answer = [](const Request &request) {
+        request.socket->write("HTTP/1.1 500 Oh no\r\nContent-Type: text/plain\r\n"
+                              "Transfer-Encoding: chunked\r\n\r\n5000\r\n"
+                              + QByteArray(0x5000, 'x') + "\r\n");
+    };
+    for (const SparqlQuery &statement : {anyRead, anyUpdate}) {
+        const QString text = outcome(exec(statement));
+        QVERIFY2(text.startsWith(u"the server answers 500: xxx"_s), qUtf8Printable(text));
+    }
 }
 
 void TestEndpointDriver::aBusyServerIsAskedAgain()
@@ -365,6 +380,11 @@ void TestEndpointDriver::aServerThatTakesTooLongIsAskedForParts()
             WebServer::reply(request, "200 OK", one, json);
     };
     QCOMPARE(outcome(exec(anyRead)), u"urn:a"_s);
+    // It answers again: a list comes in one piece.
+    m_server->answer = [](const Request &request) { WebServer::reply(request, "200 OK", one, json); };
+    QCOMPARE(outcome(exec(SparqlQuery(u"SELECT ?_v tracker:id(?_v) WHERE { ?_v a nmm:Video . }"_s))),
+             u"urn:a"_s);
+    QVERIFY(!formValue(m_server->requests.constLast(), u"query"_s).contains(u"LIMIT"_s));
 }
 
 // What the store library serves reads queries from the address, and answers everything else with a
