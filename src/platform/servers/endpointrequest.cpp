@@ -167,7 +167,11 @@ void EndpointRequest::watch()
 {
     QNetworkReply *reply = m_reply.get();
     reply->setReadBufferSize(mostUnreadBytes);
-    connect(reply, &QNetworkReply::requestSent, this, [this] { m_wasSent = true; });
+    connect(reply, &QNetworkReply::requestSent, this, [this] {
+        m_wasSent = true;
+        // One with a body begins after this turn, and has not heard of it yet.
+        m_reply->setReadBufferSize(mostUnreadBytes);
+    });
     connect(reply, &QNetworkReply::uploadProgress, this, [this] { m_silence.start(); });
     connect(reply, &QNetworkReply::encrypted, this, [this] { m_silence.start(); });
     connect(reply, &QIODevice::readyRead, this, &EndpointRequest::readLater);
