@@ -241,8 +241,10 @@ OdbcSession::Fault OdbcSession::faultOf(SQLSMALLINT type, SQLHANDLE handle) cons
     } else {
         fault.text = "the ODBC driver gives no reason";
     }
-    std::replace(fault.text.begin(), fault.text.end(), '\n', ' ');
     replaceAll(fault.text, m_login.password, "***");
+    // It goes into one line of a log.
+    std::replace_if(
+        fault.text.begin(), fault.text.end(), [](unsigned char c) { return c < ' ' || c == 0x7f; }, ' ');
     return fault;
 }
 
