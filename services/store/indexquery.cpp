@@ -133,7 +133,9 @@ void takeDetails(const IndexQuestion &question, const QStringList &cells,
 {
     QStringList &known = (*details)[cells.value(0)];
     known.resize(ColumnCount);
-    for (qsizetype i = 1; i < cells.size(); ++i)
+    // Whoever answers decides how many columns come.
+    const qsizetype room = known.size() - question.firstColumn;
+    for (qsizetype i = 1; i < cells.size() && i <= room; ++i)
         known[question.firstColumn + i - 1] = cells[i];
 }
 

@@ -50,6 +50,7 @@ private Q_SLOTS:
     void cleanup();
     void introspectionIsRead();
     void rowsThatAreNoLocalFilesAreLeftOut();
+    void columnsThatNobodyAskedForAreLeftOut();
     void namesThatCannotStandInAQuestionAreLeftOut();
     void withoutAnIndexThereIsNothingToWaitFor();
     void nobodyIsStarted();
@@ -172,6 +173,19 @@ void StoreIndexMirror::rowsThatAreNoLocalFilesAreLeftOut()
     QVERIFY(file.agreesWith(identity));
     identity.modifiedMs += 1;
     QVERIFY(!file.agreesWith(identity));
+}
+
+void StoreIndexMirror::columnsThatNobodyAskedForAreLeftOut()
+{
+    const QString name = u"file:///a.mp4"_s;
+    QHash<QString, QStringList> details;
+    const QList<IndexQuestion> questions = allVideosQuestions();
+    for (const IndexQuestion &question : questions)
+        takeDetails(question, QStringList{name} + QStringList(100, u"5"_s), &details);
+    QCOMPARE(details.value(name).size(), 17);
+    QStringList cells(100);
+    cells[0] = name;
+    QCOMPARE(toldFileOf(cells, details)->path, u"/a.mp4"_s);
 }
 
 void StoreIndexMirror::namesThatCannotStandInAQuestionAreLeftOut()
