@@ -148,10 +148,15 @@ void IndexEndpoint::noteEvent(TrackerNotifierEvent *event)
 
 void IndexEndpoint::askAboutChanges()
 {
+    const bool areMany = m_changed.size() >= s_mostChanged;
+    if (areMany && m_owesAll) {
+        // What is being told may have been read before these changes: all is asked for once more after it.
+        m_changeTimer.start();
+        return;
+    }
     QStringList urns(std::exchange(m_changed, {}).values());
-    if (urns.size() >= s_mostChanged) {
-        if (!m_owesAll)
-            askAll();
+    if (areMany) {
+        askAll();
         return;
     }
     while (!urns.isEmpty()) {

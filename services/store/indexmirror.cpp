@@ -12,7 +12,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 constexpr int s_retryMs = 60000;
-constexpr int s_mostFailures = 3; // each may leave a thread that waits for an answer
+constexpr int s_mostFailures = 3; // one after the other; each may leave a thread that waits for an answer
 constexpr int s_longestWaitMs = 20000; // for an index that tells all, but slowly
 } // namespace
 
@@ -117,9 +117,13 @@ void IndexMirror::open(const QString &path)
     connect(endpoint, &IndexEndpoint::dropped, this, &IndexMirror::dropped);
     connect(endpoint, &IndexEndpoint::toldAll, this, &IndexMirror::endpointDone);
     connect(endpoint, &IndexEndpoint::failed, this, [this, path] {
-        if (++m_failures < s_mostFailures)
+        const bool isGivenUp = ++m_failures >= s_mostFailures;
+        if (!isGivenUp)
             m_retryTimer.start();
         drop(path);
+        // What it told before is followed by nobody from here on.
+        if (isGivenUp && std::exchange(m_hasToldAll, false))
+            Q_EMIT silent();
     });
     endpoint->open();
 }
@@ -137,6 +141,7 @@ void IndexMirror::endpointDone()
     const QSet<QString> all = std::exchange(m_told, {});
     if (std::exchange(m_isWhole, true)) {
         m_hasToldAll = true;
+        m_failures = 0;
         Q_EMIT toldAll(all);
     }
     settle();
