@@ -5,6 +5,7 @@
 #include "support/playback.h"
 
 #include <QApplication>
+#include <QDateTime>
 #include <QProcess>
 
 #include <map>
@@ -119,6 +120,9 @@ void TlsTest::initTestCase()
     const QString elsewhere = makeCertificate(u"elsewhere"_s, u"DNS:video.example"_s, 2);
     const QString old = makeCertificate(u"old"_s, here, 0);
     QVERIFY(!good.isEmpty() && !elsewhere.isEmpty() && !old.isEmpty());
+    // It holds to the end of the second in which it was made.
+    const qint64 second = QDateTime::currentSecsSinceEpoch();
+    QTRY_VERIFY(QDateTime::currentSecsSinceEpoch() > second);
     QVERIFY(openssl(QStringList{u"req"_s, u"-x509"_s, u"-days"_s, u"2"_s, u"-subj"_s, u"/CN=127.0.0.1"_s,
                                 u"-addext"_s, u"subjectAltName="_s + here, u"-out"_s, u"stranger.crt"_s}
                     + newKey(u"stranger.key"_s)));
