@@ -289,7 +289,7 @@ class Tour:
         # Return takes the focus from the field; an empty one that nobody uses goes away after five seconds.
         self.screen.key("Return")
         self.typing = False
-        self.wait("filter: the empty field goes away", lambda image: difference(image, before) < 1.5)
+        self.wait("filter: the empty field goes away", lambda image: difference(image, before) < 1.5, 15)
 
     def tap_first_cell(self):
         self.screen.tap(*self.list_point(self.list_size[0] / 2, (HEADER + CELL / 2) * self.scale))
@@ -338,7 +338,7 @@ class Tour:
 
     def step_controls(self):
         self.keep("controls", self.bring_controls("controls"))
-        self.wait("controls: they go away by themselves", lambda image: not self.controls_shown(image))
+        self.wait("controls: they go away by themselves", lambda image: not self.controls_shown(image), 8)
 
     def tap_back(self):
         upright = self.landscape(self.bring_controls("back"))

@@ -92,7 +92,7 @@ class Device(control.Case):
         self.play(self.second)
         self.tour.keep("refused", self.tour.wait("a banner", lambda image: touring.difference(image, before) > 0.3))
         self.assertEqual((self.status(), self.player()["Metadata"]["xesam:url"]), ("Paused", self.first.as_uri()))
-        self.tour.wait("the banner goes", lambda image: touring.difference(image, before) < 0.05)
+        self.tour.wait("the banner goes", lambda image: touring.difference(image, before) < 0.05, 15)
         # So it is in the library.
         self.tour.screen.key("BackSpace")
         self.wait_for_cells(2, 10)
@@ -100,7 +100,7 @@ class Device(control.Case):
         self.play(self.second)
         self.tour.keep("refused-in-the-library",
                        self.tour.wait("a banner", lambda image: touring.difference(image, before) > 0.3))
-        self.tour.wait("the banner goes", lambda image: touring.difference(image, before) < 0.05)
+        self.tour.wait("the banner goes", lambda image: touring.difference(image, before) < 0.05, 15)
         self.assertNotEqual(self.status(), "Playing")
         # The call is over: nothing goes on by itself, and the next request is heard.
         modem.control().DeleteCall("0", "c1")

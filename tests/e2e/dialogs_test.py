@@ -77,7 +77,7 @@ class Dialogs(e2e.Case):
         self.tour.screen.key(*["BackSpace"] * 10)
         self.tour.screen.key("Return")
         self.typing(False)
-        self.tour.wait("the field goes away", lambda image: self.tour.list_shown(image) and self.tour.cells_with_pictures(image) == count)
+        self.tour.wait("the field goes away", lambda image: self.tour.list_shown(image) and self.tour.cells_with_pictures(image) == count, 15)
 
     def test_a_video_is_shared_renamed_and_deleted(self):
         alpha, beta, gamma = (e2e.clip(self.videos / f"{name}.mp4", color=color)

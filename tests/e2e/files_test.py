@@ -51,13 +51,13 @@ class Files(e2e.Case):
         self.copies(150)
         begin = time.monotonic()
         self.tour.start()
-        self.tour.wait("the first row", lambda image: self.tour.cells_with_pictures(image) >= 1)
+        self.tour.wait("the first row", lambda image: self.tour.cells_with_pictures(image) >= 1, 15)
         self.assertLess(time.monotonic() - begin, 8.0)
 
     def test_the_first_row_does_not_wait_for_the_end_of_the_scan(self):
         self.copies(4000)  # more than are read while a busy machine makes the first picture
         self.tour.start()
-        self.tour.wait("the first row", lambda image: self.tour.cells_with_pictures(image) >= 1)
+        self.tour.wait("the first row", lambda image: self.tour.cells_with_pictures(image) >= 1, 15)
         scanning, seen, done = self.progress()
         self.assertTrue(scanning, f"{done} of {seen} files were read before the first row stood")
 

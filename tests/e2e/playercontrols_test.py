@@ -76,7 +76,7 @@ class PlayerControls(control.Case):
 
     def test_dragging_the_line(self):
         self.tour.keep("controls", self.tour.bring_controls("a tap"))
-        self.tour.wait("they go by themselves", lambda image: not self.tour.controls_shown(image))
+        self.tour.wait("they go by themselves", lambda image: not self.tour.controls_shown(image), 12)
         self.tour.show_controls()
         time.sleep(0.3)
         self.down(self.above_foot(0.4, SEEK_LINE))  # before they go again, also on a busy machine
@@ -157,7 +157,7 @@ class PlayerControls(control.Case):
         key("space")
         e2e.wait_until("playing", lambda: self.status() == "Playing")
         self.assertAlmostEqual(self.volume(), 0.95, 2)
-        self.tour.wait("they go by themselves", lambda image: not self.tour.controls_shown(image))
+        self.tour.wait("they go by themselves", lambda image: not self.tour.controls_shown(image), 12)
 
     def test_full_screen(self):
         window = self.windows()[0]

@@ -364,7 +364,7 @@ void VideoWidgetTest::controlsLeaveByThemselvesOnlyWhilePlaying()
     QVERIFY(!asked.wait(3500));
     QVERIFY(m_widget->controlsVisible());
     m_widget->resume();
-    QVERIFY(asked.wait(TestPatience));
+    QVERIFY(asked.wait(5000));
     QCOMPARE(asked, (QList<QList<QVariant>>{{false}}));
     QVERIFY(!m_widget->controlsVisible());
 }

@@ -158,7 +158,7 @@ void StoreFollower::aHardLinkIsReportedWithoutAnybodyWriting()
     file.close();
     start();
     QCOMPARE(::link(qPrintable(outside), qPrintable(at(u"b.mp4"_s))), 0);
-    QTRY_VERIFY_WITH_TIMEOUT(wasFound(u"b.mp4"_s), TestPatience);
+    QTRY_VERIFY_WITH_TIMEOUT(wasFound(u"b.mp4"_s), 3000);
 }
 
 void StoreFollower::anEmptyFileIsNone()

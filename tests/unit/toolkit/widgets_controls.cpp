@@ -289,7 +289,7 @@ void WidgetsControls::aBannerGoesByItself()
     stage.scene.addItem(&page);
     banner->setParentItem(&page);
     page.setOnDisplay(true);
-    QVERIFY(dismissed.wait(TestPatience));
+    QVERIFY(dismissed.wait(5000));
     stage.scene.removeItem(&page);
 }
 

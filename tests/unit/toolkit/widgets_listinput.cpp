@@ -88,7 +88,7 @@ void WidgetsListInput::aLongTapTellsItsPlace()
     QSignalSpy clicked(f.list, &List::itemClicked);
     QSignalSpy longTapped(f.list, &List::itemLongTapped);
     QTest::mousePress(f.stage.view.viewport(), Qt::LeftButton, {}, at(200, 250));
-    QVERIFY(longTapped.wait(TestPatience));
+    QVERIFY(longTapped.wait(2000));
     QCOMPARE(longTapped.first().at(0).toModelIndex().row(), 2);
     QCOMPARE(longTapped.first().at(1).toPointF(), QPointF(200, 250));
     QTest::mouseRelease(f.stage.view.viewport(), Qt::LeftButton, {}, at(200, 250));
