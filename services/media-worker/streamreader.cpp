@@ -93,6 +93,9 @@ StreamReader::StreamReader(int descriptor, GstCaps *container, const Deadline &d
     // Nothing waits for a clock or for the other streams; the demuxer stops where the queue is full (open()).
     setBool(m_videoSink, "sync", false);
     setBool(m_videoSink, "async", false);
+    // A file that ended before the sink is playing: its end would wait for the units to be taken, with the
+    // lock that the sink needs to come to this state.
+    setBool(m_videoSink, "wait-on-eos", false);
     gst_bin_add_many(GST_BIN(m_pipeline.get()), source, bin, m_videoSink, nullptr);
     gst_element_link(source, bin);
     g_signal_connect(m_pipeline.get(), "deep-element-added", G_CALLBACK(elementAdded), nullptr);
