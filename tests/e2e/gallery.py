@@ -430,8 +430,10 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
             self.keep("empty", self.rest())
 
     def first_scan(self, work, videos):
-        with self.elsewhere(work, videos):
-            self.keep("first-scan", self.wait("a first scan under way", self.scan_is_told, 40))
+        read = sum(1 for path in videos.rglob("*") if path.is_file())  # each once; of the others none is
+        with stage.held_scan(read), self.elsewhere(work, videos):
+            self.wait("a first scan under way", self.scan_is_told, 60)
+            self.keep("first-scan", self.rest(15))
 
     def twice(self, state, take, parts=()):
         """Takes the pictures of a state, and when that fails once more: the waits are those of a machine that does nothing else."""
@@ -447,11 +449,11 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
                     self.keep(f"{state}-failed", self.last)
 
     def scan_is_told(self, image):
-        """The line below the heading that shows how far it is."""
+        """The line below the heading that shows how far it is, above videos that were read."""
         upright = self.portrait(image)
         line = upright.crop((0, round((touring.HEADER - 3) * self.scale), upright.width, round((touring.HEADER - 1) * self.scale)))
         blue = sum(1 for red, _, blue in line.getdata() if blue > 120 and blue > red + 60)
-        return 0.1 * line.width < blue / line.height < 0.95 * line.width
+        return 0.1 * line.width < blue / line.height < 0.95 * line.width and touring.is_picture(self.cell_picture(image, 0))
 
 
 def prepared(display, attempts=3):

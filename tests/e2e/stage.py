@@ -1,10 +1,13 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Where the gallery's pictures are taken: displays of any size, homes with videos in them, a keyboard on the screen."""
+import contextlib
 import os
 import pathlib
+import shlex
 import shutil
 import struct
 import subprocess
+import sys
 import tempfile
 
 import e2e
@@ -77,7 +80,7 @@ class Home:
             self.videos.mkdir()
         else:
             for number in range(copies):
-                target = self.videos / f"{number}" if copies > 1 else self.videos
+                target = self.videos / f"again/{number}" if number else self.videos
                 shutil.copytree(videos, target, copy_function=shutil.copy2)
         self.bus = None
 
@@ -98,6 +101,26 @@ class Home:
         for service in ("kestrel-store", "kestrel-thumbnailer"):
             e2e.end_service(service)
         self.bus.stop()
+
+
+@contextlib.contextmanager
+def held_scan(files):
+    """Services that are started meanwhile read so many files and no more: each further one is waited for ten seconds. The
+    pictures of those that were read are made."""
+    with tempfile.TemporaryDirectory(prefix="held-") as folder:
+        worker = pathlib.Path(folder) / "worker"
+        command = [sys.executable, str(e2e.SOURCE / "tests/support/heldworker.py"), f"{folder}/read", str(files), str(e2e.BIN / "kestrel-media-worker")]
+        worker.write_text(f"#!/bin/sh\nexec {shlex.join(command)} \"$@\"\n")
+        worker.chmod(0o755)
+        # In bubblewrap there is no interpreter; the media worker shuts itself in.
+        held = {"KESTREL_MEDIA_WORKER_PROGRAM": str(worker), "KESTREL_NO_BUBBLEWRAP": "1"}
+        before = {name: os.environ.get(name) for name in held}
+        os.environ.update(held)
+        try:
+            yield
+        finally:
+            for name, value in before.items():
+                os.environ.pop(name) if value is None else os.environ.update({name: value})
 
 
 # One character more than a question shows of a title, in both directions of writing. The year tells the filter which.
