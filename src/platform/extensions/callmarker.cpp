@@ -5,8 +5,10 @@
 
 #include <platform/system/filereplacement.h>
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <array>
@@ -20,6 +22,8 @@
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
+
+constexpr qsizetype LongestName = 40; // characters of it
 
 QByteArray line(const char *state)
 {
@@ -36,16 +40,20 @@ int openMarker(const QString &path, int flags)
 
 } // namespace
 
-QString CallMarker::folder()
+QString CallMarker::path(const QString &library)
 {
     QString state = qEnvironmentVariable("XDG_STATE_HOME");
     if (!QDir::isAbsolutePath(state))
         state = QDir::homePath() + u"/.local/state"_s;
-    return state + u"/kestrel/extensions"_s;
+    const QByteArray place
+        = QCryptographicHash::hash(QFile::encodeName(library), QCryptographicHash::Sha256).first(8).toHex();
+    // A file name may be as long as the file system allows already.
+    return state + u"/kestrel/extensions/"_s + QFileInfo(library).fileName().left(LongestName) + u'.'
+        + QString::fromLatin1(place);
 }
 
-CallMarker::CallMarker(const QString &name, const QByteArray &fingerprint)
-    : m_path(folder() + u'/' + name),
+CallMarker::CallMarker(const QString &library, const QByteArray &fingerprint)
+    : m_path(path(library)),
       m_fingerprint(fingerprint)
 {
     read();
@@ -124,7 +132,7 @@ void CallMarker::leave()
         write(m_descriptor, Line::Call, IdleMark);
 }
 
-void CallMarker::forget(const QString &name)
+void CallMarker::forget(const QString &library)
 {
-    QFile::remove(folder() + u'/' + name);
+    QFile::remove(path(library));
 }

@@ -19,8 +19,9 @@ public:
         Hung,
     };
 
-    // `name` is the description file's. `fingerprint` tells one state of the library from another.
-    CallMarker(const QString &name, const QByteArray &fingerprint);
+    // `library` is the path of what may crash: of several extensions whose descriptions bear one name each has
+    // its own file. `fingerprint` tells one state of the library from another.
+    CallMarker(const QString &library, const QByteArray &fingerprint);
     // Removes the file, unless it tells of a crash.
     ~CallMarker();
     Q_DISABLE_COPY_MOVE(CallMarker)
@@ -36,9 +37,9 @@ public:
     // -1: nothing is marked.
     [[nodiscard]] int descriptor() const { return m_descriptor; }
 
-    static void forget(const QString &name);
-    // $XDG_STATE_HOME/kestrel/extensions
-    [[nodiscard]] static QString folder();
+    static void forget(const QString &library);
+    // Below $XDG_STATE_HOME/kestrel/extensions.
+    [[nodiscard]] static QString path(const QString &library);
 
     // The file begins with two lines of one length, each a state and, except when idle, a call. The first is
     // what the program does; the second, empty until the program ends by a signal, is what then counts: other

@@ -60,6 +60,7 @@ public:
     void remove(GuardedExtension *extension);
     void removeSoon(GuardedExtension *extension);
     void removeAll();
+    [[nodiscard]] bool removeStandIn(const QString &file);
     void tellSurroundings();
     void translateNames();
 
@@ -69,14 +70,16 @@ public:
     std::optional<QRegularExpression> outOfProcess;
     std::optional<QRegularExpression> inProcess;
     ExtensionFailures failures;
-    QHash<QString, QString> considered; // paths of description files by name, loaded or failed
+    // Paths of description files by name, loaded or failed. What crashed or hung decides nothing for its name.
+    QHash<QString, QString> considered;
+    QMultiHash<QString, QString> blamed; // libraries that are not loaded for what they did, by the same name
     std::vector<std::unique_ptr<GuardedExtension>> extensions; // in the order of loading
     QSet<GuardedExtension *> leaving; // when the call that is under way has returned
 };
 
 void ExtensionArea::Private::fail(const ExtensionDescription &description, Kind kind, const QString &detail)
 {
-    failures.add({description.file, description.name, kind, detail});
+    failures.add({description.file, description.name, kind, detail, description.path});
 }
 
 // It may be on the stack.
@@ -114,8 +117,23 @@ void ExtensionArea::Private::removeAll()
     for (size_t i = extensions.size(); i > 0; --i)
         remove(extensions.at(i - 1).get());
     considered.clear();
+    blamed.clear();
     for (const auto &extension : extensions) // still in a call
         considered.insert(extension->description().file, extension->description().path);
+}
+
+// False: it is in a call, and two of one name are never there.
+bool ExtensionArea::Private::removeStandIn(const QString &file)
+{
+    const auto found = std::find_if(extensions.begin(), extensions.end(), [&](const auto &candidate) {
+        return candidate->description().file == file;
+    });
+    if (found == extensions.end())
+        return true;
+    if ((*found)->isInCall())
+        return false;
+    remove(found->get());
+    return true;
 }
 
 void ExtensionArea::Private::consider(const QString &path)
@@ -151,6 +169,8 @@ void ExtensionArea::Private::load(const ExtensionDescription &description)
     const CallMarker &marker = extension->marker();
     if (marker.past() != CallMarker::Past::Clean) {
         const bool hasCrashed = marker.past() == CallMarker::Past::Crashed;
+        considered.remove(description.file);
+        blamed.insert(description.file, library);
         fail(description, hasCrashed ? Kind::Crashed : Kind::Hung,
              (hasCrashed ? u"the program crashed in %1 the last time; %2 is not loaded"_s
                          : u"%1 did not return the last time; %2 is not loaded"_s)
@@ -181,13 +201,18 @@ void ExtensionArea::Private::tellSurroundings()
 // A description that is gone or was damaged meanwhile changes nothing.
 void ExtensionArea::Private::translateNames()
 {
-    for (const QString &path : std::as_const(considered)) {
+    QSet<QString> paths;
+    for (const auto &extension : extensions)
+        paths.insert(extension->description().path);
+    for (const ExtensionFailure &failure : failures.list())
+        paths.insert(failure.path);
+    for (const QString &path : std::as_const(paths)) {
         const ExtensionDescription description = ExtensionDescription::read(path);
         if (description.name == description.file)
             continue;
-        failures.rename(description.file, description.name);
+        failures.rename(path, description.name);
         for (const auto &extension : extensions) {
-            if (extension->description().file == description.file)
+            if (extension->description().path == path)
                 extension->setName(description.name);
         }
     }
@@ -246,7 +271,12 @@ ExtensionFailures *ExtensionArea::failures() const
 
 void ExtensionArea::tryAgain(const QString &file)
 {
-    CallMarker::forget(file);
+    if (!d->removeStandIn(file))
+        return;
+    const QStringList libraries = d->blamed.values(file);
+    for (const QString &library : libraries)
+        CallMarker::forget(library);
+    d->blamed.remove(file);
     d->failures.remove(file);
     d->considered.remove(file);
     init();

@@ -14,8 +14,8 @@
 class ExtensionFailures;
 
 // Finds extensions by their description files (<data folder>/kestrel/extensions/*.desktop, the user's before
-// the system's, where a file replaces one of the same name), and loads those that implement an interface and
-// pass the filters. Nothing of an extension runs before init().
+// the system's, where a file replaces one of the same name unless its extension crashed or hung), and loads
+// those that implement an interface and pass the filters. Nothing of an extension runs before init().
 //
 // The extensions that are handed out guard the real ones: what a call throws becomes a failure, what takes
 // long is logged, and what never returns is not loaded by the next start.
@@ -43,7 +43,7 @@ public:
 
     // Never null, and the area's. What it lists belongs on the page, below the extensions.
     [[nodiscard]] ExtensionFailures *failures() const;
-    // Forgets that this extension crashed or hung, and loads it.
+    // Forgets that this extension crashed or hung, and loads it in place of the one that stood in for it.
     void tryAgain(const QString &file);
 
 Q_SIGNALS:

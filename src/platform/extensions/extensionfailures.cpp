@@ -72,7 +72,7 @@ QStringList ExtensionFailures::texts() const
 void ExtensionFailures::add(const ExtensionFailure &failure)
 {
     const bool isKnown = std::any_of(m_list.cbegin(), m_list.cend(), [&](const ExtensionFailure &known) {
-        return known.file == failure.file && known.kind == failure.kind;
+        return known.file == failure.file && known.path == failure.path && known.kind == failure.kind;
     });
     if (isKnown)
         return;
@@ -83,11 +83,11 @@ void ExtensionFailures::add(const ExtensionFailure &failure)
     Q_EMIT changed();
 }
 
-void ExtensionFailures::rename(const QString &file, const QString &name)
+void ExtensionFailures::rename(const QString &path, const QString &name)
 {
     bool isRenamed = false;
     for (ExtensionFailure &failure : m_list) {
-        if (failure.file != file || failure.name == name)
+        if (failure.path != path || failure.name == name)
             continue;
         failure.name = name;
         isRenamed = true;

@@ -27,6 +27,7 @@ struct ExtensionFailure
     QString name; // in the reader's language; the file's when the description has none
     Kind kind = Kind::Description;
     QString detail; // for the log: English, with paths
+    QString path = {}; // of the description; several have one file name where one stands in for another
 
     // One translated sentence that names the extension.
     [[nodiscard]] QString text() const;
@@ -38,7 +39,7 @@ struct ExtensionFailure
 
 QDebug operator<<(QDebug debug, const ExtensionFailure &failure);
 
-// What went wrong with extensions since they were turned on: one entry for each extension and kind, the
+// What went wrong with extensions since they were turned on: one entry for each description and kind, the
 // oldest first. Each is written to the log once, when it is added.
 class ExtensionFailures : public QObject
 {
@@ -52,8 +53,8 @@ public:
     [[nodiscard]] QStringList texts() const;
 
     void add(const ExtensionFailure &failure);
-    // The language is another one, and with it what the description calls the extension.
-    void rename(const QString &file, const QString &name);
+    // The language is another one, and with it what the description of this path calls the extension.
+    void rename(const QString &path, const QString &name);
     void remove(const QString &file);
     void clear();
 

@@ -7,6 +7,8 @@
 #include <QMap>
 #include <QStandardPaths>
 
+#include <utility>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace extensionfolders {
@@ -30,16 +32,18 @@ QStringList libraries(const QString &descriptionPath)
 
 QStringList find(const QStringList &folders)
 {
-    QMap<QString, QString> paths;
+    QMap<QString, QStringList> paths;
     for (const QString &folder : folders) {
         const QDir dir(folder);
         for (const QString &name :
              dir.entryList({u"*.desktop"_s}, QDir::Files | QDir::System | QDir::Hidden)) {
-            if (!paths.contains(name))
-                paths.insert(name, dir.absoluteFilePath(name));
+            paths[name].append(dir.absoluteFilePath(name));
         }
     }
-    return paths.values();
+    QStringList all;
+    for (const QStringList &ofOneName : std::as_const(paths))
+        all += ofOneName;
+    return all;
 }
 
 } // namespace extensionfolders

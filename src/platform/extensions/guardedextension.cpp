@@ -63,7 +63,7 @@ GuardedExtension::GuardedExtension(const ExtensionDescription &description, cons
     : m_description(description),
       m_clock(std::move(clock)),
       m_loader(library),
-      m_marker(std::make_unique<CallMarker>(description.file, fingerprint(library)))
+      m_marker(std::make_unique<CallMarker>(library, fingerprint(library)))
 {
     // All symbols now: what is missing shows here, not in the middle of a call. Its code stays until the
     // program ends, since nobody knows what still points there; a deleted extension can be made again.

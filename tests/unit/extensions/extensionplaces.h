@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <platform/extensions/callmarker.h>
+
 #include <QDir>
 #include <QFile>
 #include <QString>
@@ -31,9 +33,10 @@ public:
         QDir().mkpath(folder);
         return folder;
     }
-    [[nodiscard]] QString marker(const QString &name) const
+    // Of the extension that install() put there.
+    [[nodiscard]] QString marker(const QString &where, const QString &name) const
     {
-        return m_root.filePath(QStringLiteral("state/kestrel/extensions/") + name);
+        return CallMarker::path(library(where, name));
     }
 
     // A description, and beside it one of the plug-ins under a name of its own; without `plugin` the

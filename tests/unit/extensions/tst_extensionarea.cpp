@@ -224,12 +224,12 @@ void TestExtensionArea::unloadingTellsThePageAndThenDeletes()
         m_area->init();
         QCOMPARE(takeCalls(), start);
         const QPointer<QGraphicsWidget> widget = m_page->widget();
-        QVERIFY(QFile::exists(m_places->marker(u"tested.desktop"_s)));
+        QVERIFY(QFile::exists(m_places->marker(u"user"_s, u"tested.desktop"_s)));
         m_area->unload();
         QCOMPARE(takeCalls(), QStringList({u"removed"_s, u"deleted"_s}));
         QVERIFY(widget.isNull());
         QCOMPARE(m_page->extensions(), 0);
-        QVERIFY(!QFile::exists(m_places->marker(u"tested.desktop"_s)));
+        QVERIFY(!QFile::exists(m_places->marker(u"user"_s, u"tested.desktop"_s)));
         m_area->unload();
         QCOMPARE(takeCalls(), QStringList());
     }

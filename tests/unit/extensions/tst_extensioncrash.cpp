@@ -42,6 +42,8 @@ private Q_SLOTS:
     void whatIsNotItsDoingIsNotBlamedOnIt_data();
     void whatIsNotItsDoingIsNotBlamedOnIt();
     void anotherLibraryIsAnotherExtension();
+    void theSystemsStandsInForTheUsers();
+    void whatTheUsersDidIsKeptWhileItIsAway();
     void thePersonMayTryItAgain();
     void whatRunsElsewhereIsNotTakenForDead();
     void aStateFolderThatCannotBeWritten();
@@ -103,7 +105,7 @@ void TestExtensionCrash::load()
 
 QByteArray TestExtensionCrash::marker() const
 {
-    QFile file(m_places->marker(u"tested.desktop"_s));
+    QFile file(m_places->marker(u"user"_s, u"tested.desktop"_s));
     if (!file.open(QIODevice::ReadOnly))
         return {};
     const QByteArray call = file.readLine().trimmed();
@@ -237,6 +239,45 @@ void TestExtensionCrash::anotherLibraryIsAnotherExtension()
     QCOMPARE(m_page->extensions(), 1);
     QCOMPARE(texts(), QStringList());
     QCOMPARE(marker(), QByteArray("idle"));
+}
+
+// “The extension that I made crashed, and now there are no related videos at all, not even those that came with
+// the program.”
+void TestExtensionCrash::theSystemsStandsInForTheUsers()
+{
+    m_places->install(u"system"_s, u"tested.desktop"_s, u"ext_watched"_s);
+    start("crash in content");
+    QVERIFY(m_program->waitForFinished());
+    load();
+    QCOMPARE(m_page->extensions(), 1);
+    QCOMPARE(texts(), QStringList(crashed));
+    QVERIFY(QFile::exists(m_places->marker(u"system"_s, u"tested.desktop"_s)));
+    // It is there once, also when the area looks again.
+    m_area->init();
+    QCOMPARE(m_page->extensions(), 1);
+    m_area->tryAgain(m_area->failures()->list().constFirst().file);
+    QCOMPARE(m_page->extensions(), 1);
+    QCOMPARE(texts(), QStringList());
+    QCOMPARE(marker(), QByteArray("idle"));
+    QVERIFY(!QFile::exists(m_places->marker(u"system"_s, u"tested.desktop"_s)));
+}
+
+void TestExtensionCrash::whatTheUsersDidIsKeptWhileItIsAway()
+{
+    m_places->install(u"system"_s, u"tested.desktop"_s, u"ext_watched"_s);
+    start("crash in content");
+    QVERIFY(m_program->waitForFinished());
+    const QString user = m_places->folder(u"user"_s);
+    QVERIFY(QFile::rename(user, user + u".away"_s));
+    load();
+    QCOMPARE(m_page->extensions(), 1);
+    QCOMPARE(texts(), QStringList());
+    m_page.reset();
+    m_area.reset();
+    QVERIFY(QFile::rename(user + u".away"_s, user));
+    load();
+    QCOMPARE(m_page->extensions(), 1);
+    QCOMPARE(texts(), QStringList(crashed));
 }
 
 void TestExtensionCrash::thePersonMayTryItAgain()

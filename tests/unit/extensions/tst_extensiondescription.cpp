@@ -40,7 +40,7 @@ private Q_SLOTS:
     void theProgramsOwnIsNamedInEachLanguage_data();
     void theProgramsOwnIsNamedInEachLanguage();
     void aPipeIsNotWaitedFor();
-    void theFirstFolderWins();
+    void theFirstFolderComesFirst();
     void theLibraryLiesBesideTheDescriptionOrInAFolder();
     void theLibraryLiesInThePrefixOfItsDescription();
     void theUsersFolderComesBeforeTheSystems();
@@ -148,7 +148,7 @@ void TestExtensionDescription::aPipeIsNotWaitedFor()
     QCOMPARE(shown(ExtensionDescription::read(folder.path())), u"fault"_s);
 }
 
-void TestExtensionDescription::theFirstFolderWins()
+void TestExtensionDescription::theFirstFolderComesFirst()
 {
     const ExtensionPlaces places;
     places.write(u"user"_s, u"b.desktop"_s, {});
@@ -158,7 +158,8 @@ void TestExtensionDescription::theFirstFolderWins()
     QCOMPARE(
         extensionfolders::find({places.folder(u"user"_s), u"/nowhere/at/all"_s, places.folder(u"system"_s)}),
         QStringList(
-            {places.folder(u"system"_s) + u"/a.desktop"_s, places.folder(u"user"_s) + u"/b.desktop"_s}));
+            {places.folder(u"system"_s) + u"/a.desktop"_s, places.folder(u"user"_s) + u"/b.desktop"_s,
+             places.folder(u"system"_s) + u"/b.desktop"_s}));
 }
 
 void TestExtensionDescription::theLibraryLiesBesideTheDescriptionOrInAFolder()

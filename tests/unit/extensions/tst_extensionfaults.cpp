@@ -152,7 +152,7 @@ void TestExtensionFaults::whatCannotBeLoaded()
     QVERIFY(m_log->all().first().startsWith(u"extension “The user one” (tested.desktop): "_s));
     m_area->init();
     QCOMPARE(m_log->all().size(), 1);
-    QVERIFY(!QFile::exists(m_places->marker(u"tested.desktop"_s)));
+    QVERIFY(!QFile::exists(m_places->marker(u"user"_s, u"tested.desktop"_s)));
 }
 
 void TestExtensionFaults::anotherQt_data()
@@ -215,7 +215,7 @@ void TestExtensionFaults::whatFailsIsTakenOut()
     // Until extensions are turned on again.
     m_area->init();
     QCOMPARE(m_page->extensions(), 0);
-    QVERIFY(!QFile::exists(m_places->marker(u"tested.desktop"_s)));
+    QVERIFY(!QFile::exists(m_places->marker(u"user"_s, u"tested.desktop"_s)));
 }
 
 void TestExtensionFaults::nonsenseIsNotDone_data()
