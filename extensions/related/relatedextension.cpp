@@ -17,10 +17,11 @@ RelatedExtension::RelatedExtension()
     connect(&m_finder, &RelatedFinder::changed, this, &RelatedExtension::libraryAnswered);
     connect(&m_setting, &ProviderSetting::changed, this, &RelatedExtension::providerChosen);
     connect(&m_provider, &Provider::changed, this, &RelatedExtension::show);
+    connect(&m_provider, &Provider::failed, this, &RelatedExtension::show);
     connect(&m_provider, &Provider::pictureCame, &m_pictures, &Pictures::putOnline);
     connect(&m_pictures, &Pictures::wantedOnline, &m_provider, &Provider::fetchPicture);
     connect(&m_rows, &RelatedRows::chosen, this, &RelatedExtension::play);
-    connect(&m_rows, &RelatedRows::againWanted, &m_finder, &RelatedFinder::tryAgain);
+    connect(&m_rows, &RelatedRows::againWanted, this, &RelatedExtension::tryAgain);
     connect(&m_rows, &RelatedRows::allWanted, this, [this] {
         fillPage();
         m_mediator->hostInterface()->showSubPage(m_page.get(), m_texts.text("related_videos"));
@@ -78,6 +79,7 @@ void RelatedExtension::providerChosen()
     m_pictures.forgetOnline();
     m_askedOnline.clear();
     askProvider();
+    show();
 }
 
 // Once for a video, when the library has said what it is called, or that it cannot.
@@ -87,6 +89,28 @@ void RelatedExtension::askProvider()
         return;
     m_askedOnline = m_mediator->content().uri();
     m_provider.look(m_finder.video());
+}
+
+// The network, or the server, may be back.
+void RelatedExtension::askProviderAgain()
+{
+    if (!m_provider.hasFailed())
+        return;
+    m_askedOnline.clear();
+    askProvider();
+}
+
+void RelatedExtension::tryAgain()
+{
+    askProviderAgain();
+    if (m_finder.state() == RelatedFinder::State::Failed)
+        m_finder.tryAgain();
+    show();
+}
+
+RelatedRows::List RelatedExtension::list() const
+{
+    return {m_finder.state(), entries(), m_provider.hasFailed()};
 }
 
 QList<RelatedEntry> RelatedExtension::entries() const
@@ -102,7 +126,7 @@ QList<RelatedEntry> RelatedExtension::entries() const
 
 void RelatedExtension::show()
 {
-    m_block->setRows(hasVideo() ? m_rows.few(m_finder.state(), entries()) : QList<TouchRow *>());
+    m_block->setRows(hasVideo() ? m_rows.few(list()) : QList<TouchRow *>());
     // A hundred rows that nobody may ever want to see.
     m_isPageStale = true;
     if (m_page->isSeen())
@@ -112,7 +136,7 @@ void RelatedExtension::show()
 void RelatedExtension::fillPage()
 {
     if (std::exchange(m_isPageStale, false))
-        m_page->setRows(hasVideo() ? m_rows.all(m_finder.state(), entries()) : QList<TouchRow *>());
+        m_page->setRows(hasVideo() ? m_rows.all(list()) : QList<TouchRow *>());
 }
 
 // Not so: it is shown of no video, or of one that nothing is known of.
@@ -139,9 +163,6 @@ void RelatedExtension::seenChanged()
     // Not in the middle of a change of the scene.
     if (m_page->isSeen() && m_isPageStale)
         QMetaObject::invokeMethod(this, &RelatedExtension::fillPage, Qt::QueuedConnection);
-    // Who comes back to the page may have the network back.
-    if (isSeen && m_provider.hasFailed()) {
-        m_askedOnline.clear();
-        askProvider();
-    }
+    if (isSeen)
+        askProviderAgain();
 }

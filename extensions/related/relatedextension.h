@@ -34,9 +34,12 @@ public:
 
 private:
     [[nodiscard]] QList<RelatedEntry> entries() const;
+    [[nodiscard]] RelatedRows::List list() const;
     void libraryAnswered();
     void providerChosen();
     void askProvider();
+    void askProviderAgain();
+    void tryAgain();
     void show();
     void fillPage();
     [[nodiscard]] bool hasVideo() const;

@@ -39,10 +39,11 @@ RelatedRows::RelatedRows(const RelatedTexts &texts, Pictures &pictures, QObject 
 {
 }
 
-QList<TouchRow *> RelatedRows::few(RelatedFinder::State state, const QList<RelatedEntry> &entries)
+QList<TouchRow *> RelatedRows::few(const List &list)
 {
+    const QList<RelatedEntry> &entries = list.entries;
     QList<TouchRow *> rows{new TextRow(TextRow::Kind::Title, m_texts.text("related_videos"))};
-    appendState(rows, state, entries.isEmpty());
+    appendState(rows, list);
     appendVideos(rows, entries.first(std::min<qsizetype>(entries.size(), fewEntries)));
     if (entries.size() > fewEntries) {
         auto *row = new TextRow(TextRow::Kind::Button,
@@ -50,29 +51,50 @@ QList<TouchRow *> RelatedRows::few(RelatedFinder::State state, const QList<Relat
         connect(row, &TouchRow::tapped, this, &RelatedRows::allWanted);
         rows.append(row);
     }
+    appendFailure(rows, list);
     return rows;
 }
 
-QList<TouchRow *> RelatedRows::all(RelatedFinder::State state, const QList<RelatedEntry> &entries)
+QList<TouchRow *> RelatedRows::all(const List &list)
 {
     QList<TouchRow *> rows;
-    appendState(rows, state, entries.isEmpty());
-    appendVideos(rows, entries);
+    appendState(rows, list);
+    appendVideos(rows, list.entries);
+    appendFailure(rows, list);
     return rows;
 }
 
-void RelatedRows::appendState(QList<TouchRow *> &rows, RelatedFinder::State state, bool isEmpty)
+void RelatedRows::appendMessage(QList<TouchRow *> &rows, const char *id)
 {
-    const auto say
-        = [&](const char *id) { rows.append(new TextRow(TextRow::Kind::Message, m_texts.text(id))); };
-    if (state == RelatedFinder::State::Failed) {
-        say("related_failed");
-        auto *row = new TextRow(TextRow::Kind::Button, m_texts.text("related_try_again"));
-        connect(row, &TouchRow::tapped, this, &RelatedRows::againWanted);
-        rows.append(row);
-    } else if (isEmpty) {
-        say(state == RelatedFinder::State::Looking ? "related_looking" : "related_none");
+    rows.append(new TextRow(TextRow::Kind::Message, m_texts.text(id)));
+}
+
+// Of the library, whose part comes first.
+void RelatedRows::appendState(QList<TouchRow *> &rows, const List &list)
+{
+    if (list.state == RelatedFinder::State::Failed) {
+        appendMessage(rows, "related_failed");
+        if (!list.hasProviderFailed)
+            appendAgain(rows);
+    } else if (list.entries.isEmpty()) {
+        appendMessage(rows, list.state == RelatedFinder::State::Looking ? "related_looking" : "related_none");
     }
+}
+
+// Of the provider, in the place of its part. One button is for both.
+void RelatedRows::appendFailure(QList<TouchRow *> &rows, const List &list)
+{
+    if (!list.hasProviderFailed)
+        return;
+    appendMessage(rows, "related_online_failed");
+    appendAgain(rows);
+}
+
+void RelatedRows::appendAgain(QList<TouchRow *> &rows)
+{
+    auto *row = new TextRow(TextRow::Kind::Button, m_texts.text("related_try_again"));
+    connect(row, &TouchRow::tapped, this, &RelatedRows::againWanted);
+    rows.append(row);
 }
 
 void RelatedRows::appendVideos(QList<TouchRow *> &rows, const QList<RelatedEntry> &entries)

@@ -42,6 +42,7 @@ private Q_SLOTS:
     void whoWantsNothingOfTheNetworkGetsNothing();
     void aVideoIsAskedAboutOnce();
     void whoComesBackAfterAFailureIsAskedForAgain();
+    void aFailureIsSeenAndCanBeTriedAgain();
     void aTapPlaysAStream();
     void onlyWhatIsPlayableIsShown();
     void turnedOffInTheMiddle();
@@ -90,6 +91,17 @@ void collect(const QGraphicsItem *item, QList<QGraphicsObject *> &found)
         if (object && object->isVisible() && object->property("accessibleName").isValid())
             found.append(object);
         collect(child, found);
+    }
+}
+
+void tap(QGraphicsWidget *widget)
+{
+    for (const QEvent::Type type : {QEvent::GraphicsSceneMousePress, QEvent::GraphicsSceneMouseRelease}) {
+        QGraphicsSceneMouseEvent event(type);
+        event.setButton(Qt::LeftButton);
+        event.setButtons(Qt::LeftButton);
+        event.setPos(widget->rect().center());
+        widget->scene()->sendEvent(widget, &event);
     }
 }
 
@@ -240,6 +252,27 @@ void TestRelatedProvider::whoComesBackAfterAFailureIsAskedForAgain()
     QVERIFY(row(u"A swim"_s));
 }
 
+void TestRelatedProvider::aFailureIsSeenAndCanBeTriedAgain()
+{
+    m_server->answers.insert("/related", {LocalServer::status(500)});
+    QTest::ignoreMessage(QtWarningMsg, "nothing from the provider: the server says 500");
+    QVERIFY(setProvider(m_server->url(u"/related"_s)));
+    QTRY_COMPARE(shown(),
+                 QStringList({withoutLibrary.at(0), withoutLibrary.at(1),
+                              u"Online videos are not available right now."_s, withoutLibrary.at(2)}));
+    m_server->answers.insert("/related", {answer(R"({"title":"A swim","address":"swim.mp4"})")});
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"^the library does not answer: "_s));
+    tap(row(u"Try again"_s));
+    QTRY_COMPARE(shown(), withoutLibrary + QStringList({u"Online"_s, u"A swim"_s}));
+    // The next video has its own answer.
+    m_server->answers.insert("/related", {LocalServer::status(500)});
+    QTest::ignoreMessage(QtWarningMsg, "nothing from the provider: the server says 500");
+    show(u"Second"_s);
+    QTRY_VERIFY(row(u"Online videos are not available right now."_s));
+    QVERIFY(setProvider(QUrl()));
+    QTRY_COMPARE(shown(), withoutLibrary);
+}
+
 void TestRelatedProvider::aTapPlaysAStream()
 {
     QStringList list;
@@ -251,14 +284,7 @@ void TestRelatedProvider::aTapPlaysAStream()
             });
     QVERIFY(setProvider(m_server->url(u"/related"_s)));
     QTRY_VERIFY(row(u"A run"_s));
-    QGraphicsWidget *widget = row(u"A run"_s);
-    for (const QEvent::Type type : {QEvent::GraphicsSceneMousePress, QEvent::GraphicsSceneMouseRelease}) {
-        QGraphicsSceneMouseEvent event(type);
-        event.setButton(Qt::LeftButton);
-        event.setButtons(Qt::LeftButton);
-        event.setPos(widget->rect().center());
-        widget->scene()->sendEvent(widget, &event);
-    }
+    tap(row(u"A run"_s));
     QTRY_COMPARE(list,
                  QStringList({m_server->url(u"/walk.mp4"_s).toString(), m_server->url(u"/r"_s).toString()}));
     QCOMPARE(number, 1U);

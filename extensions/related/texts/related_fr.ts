@@ -28,6 +28,11 @@
         <extracomment>The list of videos on this device does not answer</extracomment>
         <translation>La vidéothèque n’est pas disponible pour le moment.</translation>
     </message>
+    <message id="related_online_failed">
+        <source>Online videos are not available right now.</source>
+        <extracomment>The server on the network that was set in the settings gave no usable answer</extracomment>
+        <translation>Les vidéos en ligne ne sont pas disponibles pour le moment.</translation>
+    </message>
     <message id="related_try_again">
         <source>Try again</source>
         <extracomment>Button below the message that something did not work</extracomment>

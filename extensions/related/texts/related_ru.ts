@@ -28,6 +28,11 @@
         <extracomment>The list of videos on this device does not answer</extracomment>
         <translation>Видеотека сейчас недоступна.</translation>
     </message>
+    <message id="related_online_failed">
+        <source>Online videos are not available right now.</source>
+        <extracomment>The server on the network that was set in the settings gave no usable answer</extracomment>
+        <translation>Онлайн-видео сейчас недоступны.</translation>
+    </message>
     <message id="related_try_again">
         <source>Try again</source>
         <extracomment>Button below the message that something did not work</extracomment>

@@ -19,8 +19,8 @@ public:
         Hung,
     };
 
-    // `library` is the path of what may crash: of several extensions whose descriptions bear one name each has
-    // its own file. `fingerprint` tells one state of the library from another.
+    // `library` is the path of what may crash: several extensions whose descriptions bear one name have a
+    // file each. `fingerprint` tells one state of the library from another.
     CallMarker(const QString &library, const QByteArray &fingerprint);
     // Removes the file, unless it tells of a crash.
     ~CallMarker();

@@ -70,7 +70,7 @@ public:
     std::optional<QRegularExpression> outOfProcess;
     std::optional<QRegularExpression> inProcess;
     ExtensionFailures failures;
-    // Paths of description files by name, loaded or failed. What crashed or hung decides nothing for its name.
+    // Paths of description files by name, loaded or failed. Not what crashed or hung.
     QHash<QString, QString> considered;
     QMultiHash<QString, QString> blamed; // libraries that are not loaded for what they did, by the same name
     std::vector<std::unique_ptr<GuardedExtension>> extensions; // in the order of loading

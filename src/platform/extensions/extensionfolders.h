@@ -14,8 +14,8 @@ namespace extensionfolders {
 // program's prefix.
 [[nodiscard]] QStringList libraries(const QString &descriptionPath);
 
-// The paths of all description files, sorted by whole name ("name.desktop"); those of one name in the order of
-// the folders. Nothing is opened.
+// The paths of all description files, sorted by whole name ("name.desktop"); those of one name in the order
+// of the folders. Nothing is opened.
 [[nodiscard]] QStringList find(const QStringList &folders);
 
 } // namespace extensionfolders

@@ -241,8 +241,8 @@ void TestExtensionCrash::anotherLibraryIsAnotherExtension()
     QCOMPARE(marker(), QByteArray("idle"));
 }
 
-// “The extension that I made crashed, and now there are no related videos at all, not even those that came with
-// the program.”
+// “The extension that I made crashed, and now there are no related videos at all, not even by the one that
+// came with the program.”
 void TestExtensionCrash::theSystemsStandsInForTheUsers()
 {
     m_places->install(u"system"_s, u"tested.desktop"_s, u"ext_watched"_s);

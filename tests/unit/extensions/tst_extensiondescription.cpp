@@ -157,9 +157,8 @@ void TestExtensionDescription::theFirstFolderComesFirst()
     places.write(u"system"_s, u"a.desktop.bak"_s, {});
     QCOMPARE(
         extensionfolders::find({places.folder(u"user"_s), u"/nowhere/at/all"_s, places.folder(u"system"_s)}),
-        QStringList(
-            {places.folder(u"system"_s) + u"/a.desktop"_s, places.folder(u"user"_s) + u"/b.desktop"_s,
-             places.folder(u"system"_s) + u"/b.desktop"_s}));
+        QStringList({places.folder(u"system"_s) + u"/a.desktop"_s, places.folder(u"user"_s) + u"/b.desktop"_s,
+                     places.folder(u"system"_s) + u"/b.desktop"_s}));
 }
 
 void TestExtensionDescription::theLibraryLiesBesideTheDescriptionOrInAFolder()

@@ -24,6 +24,7 @@ private Q_SLOTS:
     void init();
     void neverBlank_data();
     void neverBlank();
+    void aProviderThatFailsIsSaid();
     void aFewWithTheirReasons();
     void theWholeListSaysHowMany();
     void aFingerAndAKeyChoose();
@@ -119,35 +120,54 @@ void TestRelatedRows::neverBlank()
 {
     QFETCH(int, state);
     QFETCH(QStringList, expected);
-    m_column->setRows(m_rows.all(State(state), {}));
+    m_column->setRows(m_rows.all({State(state), {}}));
     QCOMPARE(spoken(), expected);
-    m_column->setRows(m_rows.few(State(state), {}));
+    m_column->setRows(m_rows.few({State(state), {}}));
     QCOMPARE(spoken(), QStringList(u"Related videos"_s) + expected);
+}
+
+// “I had set a server, and nothing ever came from it, without a word.”
+void TestRelatedRows::aProviderThatFailsIsSaid()
+{
+    const QStringList online{u"Online videos are not available right now."_s, u"Try again"_s};
+    m_column->setRows(m_rows.few({State::Found, six(), true}));
+    QCOMPARE(spoken().mid(spoken().size() - 3), QStringList(u"Show all (6)"_s) + online);
+    m_column->setRows(m_rows.all({State::Found, six(), true}));
+    QCOMPARE(spoken().mid(spoken().size() - 2), online);
+    m_column->setRows(m_rows.all({State::Found, {}, true}));
+    QCOMPARE(spoken(), QStringList(u"No related videos"_s) + online);
+    // One button tries both again.
+    m_column->setRows(m_rows.all({State::Failed, {}, true}));
+    QCOMPARE(spoken(), QStringList(u"The video library is not available right now."_s) + online);
+    QSignalSpy again(&m_rows, &RelatedRows::againWanted);
+    send(row(u"Try again"_s), QEvent::GraphicsSceneMousePress);
+    send(row(u"Try again"_s), QEvent::GraphicsSceneMouseRelease);
+    QTRY_COMPARE(again.size(), 1);
 }
 
 void TestRelatedRows::aFewWithTheirReasons()
 {
-    m_column->setRows(m_rows.few(State::Found, six()));
+    m_column->setRows(m_rows.few({State::Found, six()}));
     QCOMPARE(spoken(),
              QStringList({u"Related videos"_s, u"Next episodes"_s, u"a, Duration 01:05"_s,
                           u"b, Duration 01:05"_s, u"Previous episodes"_s, u"c, Duration 01:05"_s,
                           u"From the same day"_s, u"d, Duration 01:05"_s, u"Show all (6)"_s}));
     // What fits is not said twice.
-    m_column->setRows(m_rows.few(State::Found, six().first(4)));
+    m_column->setRows(m_rows.few({State::Found, six().first(4)}));
     QCOMPARE(row(u"Show all"_s), nullptr);
 }
 
 void TestRelatedRows::theWholeListSaysHowMany()
 {
-    m_column->setRows(m_rows.all(State::Found, six()));
+    m_column->setRows(m_rows.all({State::Found, six()}));
     QCOMPARE(m_column->rows().size(), 6 + 5);
-    m_column->setRows(m_rows.all(State::Found, {entry(u"begun"_s, Kinship::SameDay, 120, 55)}));
+    m_column->setRows(m_rows.all({State::Found, {entry(u"begun"_s, Kinship::SameDay, 120, 55)}}));
     QCOMPARE(spoken().last(), u"begun, Duration 02:00, 01:05 left"_s);
 }
 
 void TestRelatedRows::aFingerAndAKeyChoose()
 {
-    m_column->setRows(m_rows.few(State::Found, six()));
+    m_column->setRows(m_rows.few({State::Found, six()}));
     const QSignalSpy chosen(&m_rows, &RelatedRows::chosen);
     const QSignalSpy all(&m_rows, &RelatedRows::allWanted);
     send(row(u"b"_s), QEvent::GraphicsSceneMousePress);
@@ -160,7 +180,7 @@ void TestRelatedRows::aFingerAndAKeyChoose()
 
 void TestRelatedRows::aFingerThatScrollsChoosesNothing()
 {
-    m_column->setRows(m_rows.few(State::Found, six()));
+    m_column->setRows(m_rows.few({State::Found, six()}));
     const QSignalSpy chosen(&m_rows, &RelatedRows::chosen);
     TouchRow *pressed = row(u"b"_s);
     send(pressed, QEvent::GraphicsSceneMousePress);
@@ -175,11 +195,11 @@ void TestRelatedRows::theKeyboardStaysWhereItWas()
 {
     QEvent activate(QEvent::WindowActivate);
     QCoreApplication::sendEvent(m_scene.get(), &activate);
-    m_column->setRows(m_rows.all(State::Found, six()));
+    m_column->setRows(m_rows.all({State::Found, six()}));
     row(u"c"_s)->setFocus(Qt::TabFocusReason);
     QVERIFY(row(u"c"_s)->isMarked());
     m_column->setRows(
-        m_rows.all(State::Found, QList<RelatedEntry>{entry(u"new"_s, Kinship::NextEpisode)} + six()));
+        m_rows.all({State::Found, QList<RelatedEntry>{entry(u"new"_s, Kinship::NextEpisode)} + six()}));
     QVERIFY(row(u"c"_s)->isMarked());
     // A page that is covered takes it away and gives it back.
     row(u"c"_s)->clearFocus();
@@ -204,7 +224,7 @@ void TestRelatedRows::everythingTappedIsHighEnough()
     QFont font;
     font.setPixelSize(pixels);
     m_column->setFont(font);
-    m_column->setRows(m_rows.few(State::Found, six()) + m_rows.all(State::Failed, six()));
+    m_column->setRows(m_rows.few({State::Found, six()}) + m_rows.all({State::Failed, six()}));
     qreal bottom = 0;
     for (const TouchRow *row : m_column->rows()) {
         if (row->canBeTapped())
@@ -272,7 +292,7 @@ void TestRelatedRows::aPictureStaysWhereTheListIsSeen()
     seen->setFlag(QGraphicsItem::ItemClipsChildrenToShape);
     seen->setGeometry(0, 100, 480, 300);
     scene.addItem(seen);
-    const QList<TouchRow *> rows = m_rows.all(State::Found, {entry(u"Picnic"_s, Kinship::SameDay)});
+    const QList<TouchRow *> rows = m_rows.all({State::Found, {entry(u"Picnic"_s, Kinship::SameDay)}});
     for (TouchRow *row : rows)
         row->setParentItem(seen);
     rows.first()->hide(); // why it is related
