@@ -22,6 +22,7 @@ import detailsstates
 import e2e
 import playerstates
 import relatedstates
+import serverstates
 import stage
 from e2e import touring
 from PIL import Image
@@ -73,7 +74,7 @@ LARGE = 3 << 30  # takes a while to copy
 MENU = ("details", "share", "rename", "delete")  # of a video
 
 
-class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerstates.PlayerStates, touring.Tour):
+class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerstates.PlayerStates, serverstates.ServerStates, touring.Tour):
     """One variant: its pictures, by state."""
 
     def __init__(self, variant, pictures, only, display):
@@ -151,6 +152,15 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
 
     def cell_height(self):
         return 194 if "large" in self.variant.name else touring.CELL
+
+    def settled(self, what, condition):
+        """The first picture of a state that is like the one before: what fades in is there."""
+        last = [None]
+
+        def same(image):
+            before, last[0] = last[0], image
+            return condition(image) and before is not None and touring.difference(image, before) < 0.02
+        return self.wait(what, same)
 
     def changed(self, before, what, by=0.5):
         self.wait(what, lambda image: touring.difference(image, before) > by)
@@ -289,14 +299,14 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
         """The address of a video was copied."""
         self.choose(before, "share", "the share sheet")
         self.screen.key("Tab", "Return")
-        self.keep("banner", self.wait("the banner on the list", lambda image: self.has_banner(self.portrait(image)) and self.same_head(image, before)))
+        self.keep("banner", self.settled("the banner on the list", lambda image: self.has_banner(self.portrait(image)) and self.same_head(image, before)))
 
     def lost_video(self, _):
         """Another program asks for a video that is not there any more."""
         bus = dbus.bus.BusConnection(os.environ["DBUS_SESSION_BUS_ADDRESS"])
         bus.call_blocking(SERVICE, "/", INTERFACE, "play", "as", [["file:///nowhere/at/all.mp4"]])
         bus.close()
-        self.keep("lost-video", self.wait("the banner", lambda image: self.has_banner(self.portrait(image)) or self.has_message(image)))
+        self.keep("lost-video", self.settled("the banner", lambda image: self.has_banner(self.portrait(image)) or self.has_message(image)))
 
     def has_banner(self, upright):
         """Its ground, one of the schemes' second surfaces, in the middle of the page's foot."""
@@ -496,6 +506,7 @@ def tour_variant(variant, pictures, only, work, full, usb):
         gallery.player_states()
         gallery.details_states()
         gallery.related_states()
+        gallery.twice("server", gallery.server_states, gallery.SERVER)
         gallery.twice("player-menu", gallery.player_menu, ("player-menu", "player-rename", "player-delete"))
         gallery.twice("save-as", gallery.save_as)
         gallery.twice("card-away", lambda: gallery.card_away(usb))

@@ -13,7 +13,7 @@ from PIL import Image, ImageStat
 
 CLIPS = ("Autumn", "Dragonflies", "VID_", "Jousting", "concert", "Snow", "Height", "Zither")
 STATES = {"list", *(state.replace("_", "-") for state in gallery.Gallery.LIBRARY), *gallery.Gallery.FILM, *gallery.Gallery.OTHERS, *gallery.Gallery.DETAILS,
-          *gallery.Gallery.RELATED, *gallery.Gallery.ONLINE,
+          *gallery.Gallery.RELATED, *gallery.Gallery.ONLINE, *gallery.Gallery.SERVER,
           "player-playing", "player-controls", "player-paused", "player-menu",
           "player-rename", "player-delete", "player-save-as", "save-as", "save-as-taken", "save-as-error", "save-as-progress", "card-away",
           "empty", "first-scan"}
