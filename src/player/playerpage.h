@@ -155,7 +155,7 @@ private:
     void takeNews(const QList<QStringList> &rows);
     void setControlsAnswering(bool answer);
     void windowUnblocked();
-    [[nodiscard]] bool isBarFocused() const;
+    [[nodiscard]] bool isButtonFocused() const;
     // The person is there to see it.
     [[nodiscard]] bool mayGoOn() const;
     void showComponents(bool shown);

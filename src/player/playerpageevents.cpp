@@ -5,10 +5,10 @@
 #include "navigationbarwidget.h"
 #include "playercontroller.h"
 #include "playerlog.h"
-#include "playeroverlay.h"
 
 #include <platform/toolkit/application.h>
 #include <platform/toolkit/applicationwindow.h>
+#include <platform/toolkit/button.h>
 #include <platform/toolkit/scenemanager.h>
 
 #include <QEvent>
@@ -92,11 +92,12 @@ bool PlayerPage::mayGoOn() const
         && !m_controller->isDisplayOff();
 }
 
-// Space presses the button of the bar that has the focus, and does nothing else.
-bool PlayerPage::isBarFocused() const
+// Space presses the button that has the focus, in the bar, among the controls and in the options, and does
+// nothing else.
+bool PlayerPage::isButtonFocused() const
 {
-    const QGraphicsItem *focus = scene() ? scene()->focusItem() : nullptr;
-    return focus && m_overlay->isAncestorOf(focus);
+    QGraphicsItem *focus = scene() ? scene()->focusItem() : nullptr;
+    return focus && qobject_cast<toolkit::Button *>(focus->toGraphicsObject());
 }
 
 void PlayerPage::keyEvent(QKeyEvent *eventData)
@@ -111,7 +112,7 @@ void PlayerPage::keyEvent(QKeyEvent *eventData)
         backButton();
         break;
     case Qt::Key_Space: // once, however long it is held
-        if (eventData->type() == QEvent::KeyRelease && !eventData->isAutoRepeat() && !isBarFocused()
+        if (eventData->type() == QEvent::KeyRelease && !eventData->isAutoRepeat() && !isButtonFocused()
             && hasController("void PlayerPage::keyEvent(QKeyEvent*)"))
             m_controller->togglePause();
         break;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "playercontrols.h"
 
-#include "controlbutton.h"
 #include "controlslider.h"
 #include "linemarks.h"
 #include "percenttext.h"
@@ -9,6 +8,7 @@
 #include "timetext.h"
 #include "volumeicon.h"
 
+#include <platform/toolkit/button.h>
 #include <platform/toolkit/keeptranslated.h>
 #include <platform/toolkit/locale.h>
 #include <platform/toolkit/theme.h>
@@ -26,12 +26,12 @@ constexpr qreal SeekStep = 10; // seconds, of assistive technology
 
 PlayerControls::PlayerControls(QGraphicsItem *parent)
     : Widget(parent),
-      m_playButton(new ControlButton(u"icon-m-kestrel-play"_s, this)),
+      m_playButton(new toolkit::IconButton(u"icon-m-kestrel-play"_s, this)),
       m_seekSlider(new ControlSlider(this)),
-      m_volumeButton(new ControlButton(u"icon-m-kestrel-volume"_s, this)),
+      m_volumeButton(new toolkit::IconButton(u"icon-m-kestrel-volume"_s, this)),
       m_volumeSlider(new ControlSlider(this)),
-      m_optionsButton(new ControlButton(u"icon-m-kestrel-options"_s, this)),
-      m_fullScreenButton(new ControlButton(u"icon-m-kestrel-full-screen"_s, this)),
+      m_optionsButton(new toolkit::IconButton(u"icon-m-kestrel-options"_s, this)),
+      m_fullScreenButton(new toolkit::IconButton(u"icon-m-kestrel-full-screen"_s, this)),
       m_timeBubble(new TimeBubble(this)),
       m_fade(this, "opacity")
 {

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "controllerfixture.h"
+#include "platform/media/playbackextras.h"
+#include "platform/media/playbackoptions.h"
 #include "platform/media/videowidget.h"
 #include "platform/toolkit/button.h"
 #include "player/navigationbarwidget.h"
@@ -26,6 +28,9 @@ private Q_SLOTS:
     void spaceOnTheMenuButtonOpensTheMenu();
     void spaceOnTheBackButtonLeaves();
     void spaceOnTheInformationButtonShowsTheDetails();
+    void spaceOnAControlPressesIt();
+    void spaceOnThePlayMarkPausesOnce();
+    void spaceInTheOptionsChooses();
     void spaceElsewherePauses_data();
     void spaceElsewherePauses();
 
@@ -37,13 +42,13 @@ private:
         return backend()->commands();
     }
     [[nodiscard]] AvloRenderer::State state() const { return m_controller->playerController()->state(); }
-    [[nodiscard]] toolkit::Button *buttonNamed(const QString &name) const
+    [[nodiscard]] toolkit::Widget *partNamed(const QString &name) const
     {
         const QList<QGraphicsItem *> items = m_window.scene()->items();
         for (QGraphicsItem *item : items) {
-            auto *button = qobject_cast<toolkit::Button *>(item->toGraphicsObject());
-            if (button && button->objectName() == name)
-                return button;
+            auto *part = qobject_cast<toolkit::Widget *>(item->toGraphicsObject());
+            if (part && part->objectName() == name)
+                return part;
         }
         return nullptr;
     }
@@ -93,26 +98,64 @@ void PlayerKeysTest::spaceOnTheBackButtonLeaves()
 void PlayerKeysTest::spaceOnTheInformationButtonShowsTheDetails()
 {
     play();
-    toolkit::Button *button = buttonNamed(u"InfoButton"_s);
+    toolkit::Widget *button = partNamed(u"InfoButton"_s);
     QVERIFY(button);
     button->setFocus(Qt::TabFocusReason);
     QCOMPARE(strike(), QStringList{u"pause"_s}); // of the details
     QCOMPARE(stack(), u"library player details"_s);
 }
 
+void PlayerKeysTest::spaceOnAControlPressesIt()
+{
+    play();
+    partNamed(u"VolumeButton"_s)->setFocus(Qt::TabFocusReason);
+    QCOMPARE(strike(), QStringList{u"volume 0"_s});
+    QCOMPARE(strike(), QStringList{u"volume 1"_s});
+    QCOMPARE(state(), AvloRenderer::Playing);
+}
+
+void PlayerKeysTest::spaceOnThePlayMarkPausesOnce()
+{
+    play();
+    partNamed(u"PlayPauseButton"_s)->setFocus(Qt::TabFocusReason);
+    QCOMPARE(strike(), QStringList{u"pause"_s});
+    QTRY_COMPARE(state(), AvloRenderer::Paused);
+}
+
+// The video goes on below the options.
+void PlayerKeysTest::spaceInTheOptionsChooses()
+{
+    play();
+    partNamed(u"OptionsButton"_s)->setFocus(Qt::TabFocusReason);
+    QCOMPARE(strike(), QStringList());
+    PlaybackOptions *options = player()->videoWidget()->extras()->options();
+    QVERIFY(options->isDisplayed());
+    QTest::keyClick(&m_window, Qt::Key_Down);
+    QTRY_VERIFY(qobject_cast<toolkit::Button *>(m_window.scene()->focusItem()->toGraphicsObject()));
+    QCOMPARE(strike(), QStringList());
+    QVERIFY(options->topic() != PlaybackOptions::Topic::All);
+    QCOMPARE(state(), AvloRenderer::Playing);
+    options->dismiss();
+}
+
 void PlayerKeysTest::spaceElsewherePauses_data()
 {
     QTest::addColumn<QString>("focus");
-    QTest::newRow("nowhere") << QString();
-    QTest::newRow("a control") << u"VolumeButton"_s;
+    QTest::addColumn<bool>("controls");
+    QTest::newRow("nowhere") << QString() << true;
+    QTest::newRow("a slider") << u"SeekSlider"_s << true;
+    QTest::newRow("a button that has gone meanwhile") << u"VolumeButton"_s << false;
 }
 
 void PlayerKeysTest::spaceElsewherePauses()
 {
     QFETCH(QString, focus);
+    QFETCH(bool, controls);
     play();
     if (!focus.isEmpty())
-        buttonNamed(focus)->setFocus(Qt::TabFocusReason);
+        partNamed(focus)->setFocus(Qt::TabFocusReason);
+    if (!controls)
+        player()->videoWidget()->setControlsVisible(false);
     QCOMPARE(strike(), QStringList{u"pause"_s});
     QTRY_COMPARE(state(), AvloRenderer::Paused);
     QCOMPARE(strike(), QStringList{u"resume"_s});
