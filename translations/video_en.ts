@@ -18,6 +18,16 @@
         <extracomment>The server that holds the library does not answer; in a banner, and in place of the list when none was loaded</extracomment>
         <translation>The library cannot be reached</translation>
     </message>
+    <message id="qtn_vide_library_trying">
+        <source>Trying again…</source>
+        <extracomment>Below "The library cannot be reached": nobody has to do anything, the server is asked again and again</extracomment>
+        <translation>Trying again…</translation>
+    </message>
+    <message id="qtn_vide_library_waiting">
+        <source>Waiting for the library</source>
+        <extracomment>For a screen reader: what the turning ring on a page without a list means</extracomment>
+        <translation>Waiting for the library</translation>
+    </message>
     <message id="qtn_vide_no_results">
         <source>No results</source>
         <extracomment>The filter matches nothing</extracomment>

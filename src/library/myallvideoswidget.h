@@ -29,6 +29,7 @@ class LinearLayoutPolicy;
 class List;
 class ObjectMenu;
 class PannableViewport;
+class Spinner;
 } // namespace toolkit
 
 // The body of the library page: the list of videos, the text that stands there when the list is empty, and
@@ -139,6 +140,7 @@ private:
     void chooseViewState();
     [[nodiscard]] bool isFilterShown() const;
     [[nodiscard]] bool isFilterIdle() const; // hidden or empty
+    [[nodiscard]] QString textBelow() const;
     void showEmptyState();
     void placeEmptyState();
     void refillCells();
@@ -149,6 +151,7 @@ private:
     toolkit::Label *m_emptyLabel = nullptr;
     toolkit::ImageWidget *m_emptyMark = nullptr; // above the text
     toolkit::Label *m_scanLabel = nullptr; // below it
+    toolkit::Spinner *m_waitingRing = nullptr; // while the first list is long in coming
     toolkit::Widget *m_spacer = nullptr;
     FilterWidget *m_filter = nullptr;
     toolkit::Layout *m_layout = nullptr;

@@ -16,6 +16,7 @@
 #include "platform/toolkit/label.h"
 #include "platform/toolkit/layout.h"
 #include "platform/toolkit/list.h"
+#include "platform/toolkit/spinner.h"
 #include "platform/toolkit/textedit.h"
 #include "platform/toolkit/theme.h"
 #include "thumbnailrefresh.h"
@@ -31,6 +32,7 @@ constexpr qreal FilterHeight = 80;
 constexpr qreal SpacerHeight = 100;
 constexpr qreal EmptyMarkDistance = 24; // above the text
 constexpr int FilterHideDelay = 5000; // ms
+constexpr int WaitingDelay = 1000; // ms, most lists are there before
 
 } // namespace
 
@@ -105,7 +107,7 @@ void MyAllVideosWidget::createEmptyState()
     m_emptyLabel->setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     m_emptyLabel->setStyleName(u"CommonEmptyStateTitleInverted"_s);
     m_emptyLabel->hide();
-    m_emptyMark = new toolkit::ImageWidget(u"icon-l-kestrel-no-videos"_s, this);
+    m_emptyMark = new toolkit::ImageWidget(this);
     m_emptyMark->setStyleName(u"EmptyStateMark"_s);
     m_emptyMark->hide();
     m_scanLabel = new toolkit::Label(this);
@@ -114,6 +116,13 @@ void MyAllVideosWidget::createEmptyState()
     m_scanLabel->setAlignment(Qt::AlignCenter);
     m_scanLabel->setStyleName(u"CommonEmptyStateTitleKeyword"_s);
     m_scanLabel->hide();
+    m_waitingRing = new toolkit::Spinner(this);
+    m_waitingRing->setStyleName(u"CommonLargeSpinnerInverted"_s);
+    m_waitingRing->hide();
+    QTimer::singleShot(WaitingDelay, this, [this] {
+        m_waitingRing->setUnknownDuration(true);
+        m_waitingRing->setVisible(m_viewState == Unknown);
+    });
 }
 
 void MyAllVideosWidget::createFilterField()
@@ -185,6 +194,7 @@ void MyAllVideosWidget::setViewState(int state)
     if (state == m_viewState)
         return;
     m_viewState = state;
+    m_waitingRing->hide();
     if (state == ListShown) {
         showList();
     } else {
@@ -248,18 +258,27 @@ void MyAllVideosWidget::translateEmptyState()
         m_emptyLabel->setText(qtTrId("qtn_vide_collection_empty"));
     else if (m_viewState == Unreachable)
         m_emptyLabel->setText(qtTrId("qtn_vide_library_unreachable"));
-    m_scanLabel->setText(m_scanSeen > 0
-                             ? qtTrId("qtn_vide_scan_progress")
-                                   .arg(QLocale().toString(m_scanDone), QLocale().toString(m_scanSeen))
-                             : QString());
+    m_scanLabel->setText(textBelow());
+    m_waitingRing->setAccessibleName(qtTrId("qtn_vide_library_waiting"));
     showEmptyState();
+}
+
+QString MyAllVideosWidget::textBelow() const
+{
+    if (m_viewState == Unreachable)
+        return qtTrId("qtn_vide_library_trying");
+    if (m_viewState != EmptyCollection || m_scanSeen == 0)
+        return {};
+    const QLocale locale;
+    return qtTrId("qtn_vide_scan_progress").arg(locale.toString(m_scanDone), locale.toString(m_scanSeen));
 }
 
 void MyAllVideosWidget::showEmptyState()
 {
-    const bool empty = m_viewState == EmptyCollection;
-    m_emptyMark->setVisible(empty);
-    m_scanLabel->setVisible(empty && !m_scanLabel->text().isEmpty());
+    m_emptyMark->setImage(m_viewState == Unreachable ? u"icon-l-kestrel-unreachable"_s
+                                                     : u"icon-l-kestrel-no-videos"_s);
+    m_emptyMark->setVisible(m_viewState == EmptyCollection || m_viewState == Unreachable);
+    m_scanLabel->setVisible(!m_scanLabel->text().isEmpty());
     // The empty collection stands on black in every scheme, a filter without results on the page as it is.
     const auto onPage = toolkit::Theme::instance()->style(u"CommonEmptyStateTitle"_s, screenOrientation());
     m_emptyLabel->setColor(m_viewState == NoResults ? onPage.color(u"text"_s) : QColor());
@@ -269,7 +288,7 @@ void MyAllVideosWidget::showEmptyState()
 void MyAllVideosWidget::applyStyle()
 {
     toolkit::Widget::applyStyle();
-    if (m_scanLabel)
+    if (m_waitingRing)
         showEmptyState();
 }
 
@@ -281,15 +300,18 @@ void MyAllVideosWidget::resizeEvent(QGraphicsSceneResizeEvent *event)
 
 void MyAllVideosWidget::placeEmptyState()
 {
-    if (!m_scanLabel || m_viewState != EmptyCollection)
+    if (!m_waitingRing)
         return;
     const auto heightOf = [this](const toolkit::Label *label) {
         return label->effectiveSizeHint(Qt::PreferredSize, QSizeF(rect().width(), -1)).height();
     };
-    const QSizeF mark = m_emptyMark->effectiveSizeHint(Qt::PreferredSize);
-    const qreal text = heightOf(m_emptyLabel) / 2;
     const QPointF middle = rect().center();
-    m_emptyMark->setGeometry(QRectF(
-        QPointF(middle.x() - mark.width() / 2, middle.y() - text - EmptyMarkDistance - mark.height()), mark));
+    const auto place = [&middle](toolkit::Widget *widget, qreal bottom) {
+        const QSizeF size = widget->effectiveSizeHint(Qt::PreferredSize);
+        widget->setGeometry(QRectF(QPointF(middle.x() - size.width() / 2, bottom - size.height()), size));
+    };
+    place(m_waitingRing, middle.y() + m_waitingRing->preferredHeight() / 2);
+    const qreal text = heightOf(m_emptyLabel) / 2;
+    place(m_emptyMark, middle.y() - text - EmptyMarkDistance);
     m_scanLabel->setGeometry(0, middle.y() + text, rect().width(), heightOf(m_scanLabel));
 }

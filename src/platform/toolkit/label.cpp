@@ -228,6 +228,7 @@ TextLayouter::Settings Label::layoutSettings(qreal width) const
             settings.alignment = Qt::AlignLeft;
     }
     settings.tabularDigits = style().number(u"tabular"_s) > 0;
+    settings.balanced = style().number(u"balanced"_s) > 0;
     return settings;
 }
 

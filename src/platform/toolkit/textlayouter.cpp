@@ -150,9 +150,44 @@ void TextLayouter::layOut(const FormattedText &text, const Settings &settings)
         m_elided = true;
         make(elided(fitted, start, settings));
     }
+    m_left = 0;
+    if (settings.balanced && settings.alignment & Qt::AlignHCenter && !m_elided)
+        balanceLines(settings);
     placeLines(settings);
     if (settings.tabularDigits && text.formats.isEmpty() && m_layout->lineCount() == 1)
         alignDigits(settings);
+}
+
+// Into the narrowest lines of which there are no more. A text that has to be broken within words stays as it
+// is.
+void TextLayouter::balanceLines(const Settings &settings)
+{
+    const int lines = m_layout->lineCount();
+    if (lines < 2)
+        return;
+    Settings narrower = settings;
+    narrower.wrapMode = QTextOption::WordWrap;
+    const auto breaksAt = [&](qreal width) {
+        narrower.width = width;
+        int start = 0;
+        return !breakLines(*m_layout, narrower, &start) && m_layout->lineCount() == lines
+            && tooWideWord(narrower, 0).second < 0;
+    };
+    m_layout->setTextOption(optionFor(narrower, m_layout->text()));
+    if (!breaksAt(settings.width)) {
+        int start = 0;
+        m_layout->setTextOption(optionFor(settings, m_layout->text()));
+        breakLines(*m_layout, settings, &start);
+        return;
+    }
+    qreal tooNarrow = 0;
+    qreal enough = settings.width;
+    while (enough - tooNarrow > 1) {
+        const qreal width = (enough + tooNarrow) / 2;
+        (breaksAt(width) ? enough : tooNarrow) = width;
+    }
+    breaksAt(enough);
+    m_left = (settings.width - enough) / 2;
 }
 
 // The first line that begins at `from` or behind it and has but one word, wider than itself; (-1, -1) when
@@ -190,7 +225,7 @@ void TextLayouter::placeLines(const Settings &settings)
         QTextLine line = m_layout->lineAt(i);
         // Lines with a fall-back font keep the rhythm: baselines stand at even distances.
         line.setPosition(
-            {0, i * height + (height - metrics.height()) / 2 + metrics.ascent() - line.ascent()});
+            {m_left, i * height + (height - metrics.height()) / 2 + metrics.ascent() - line.ascent()});
         width = std::max(width, line.naturalTextWidth());
     }
     m_size = QSizeF(width, m_layout->lineCount() * height);

@@ -26,6 +26,8 @@ public:
         QTextOption::WrapMode wrapMode = QTextOption::WordWrap;
         Qt::Alignment alignment = Qt::AlignLeft; // horizontal, absolute
         bool tabularDigits = false;
+        // Lines of about one length where they are centred, so that no single word is left for the last.
+        bool balanced = false;
     };
 
     void layOut(const FormattedText &text, const Settings &settings);
@@ -46,12 +48,14 @@ private:
     [[nodiscard]] FormattedText elided(const FormattedText &text, int lastLineStart,
                                        const Settings &settings) const;
     [[nodiscard]] std::pair<int, int> tooWideWord(const Settings &settings, int from) const;
+    void balanceLines(const Settings &settings);
     void placeLines(const Settings &settings);
     void alignDigits(const Settings &settings);
 
     std::unique_ptr<QTextLayout> m_layout;
     QList<QGlyphRun> m_tabularRuns; // drawn instead of the layout when not empty
     QSizeF m_size;
+    qreal m_left = 0; // of the lines
     bool m_elided = false;
 };
 

@@ -5,6 +5,7 @@
 #include "data/allvideosmodel.h"
 #include "platform/toolkit/label.h"
 #include "platform/toolkit/list.h"
+#include "platform/toolkit/spinner.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -24,18 +25,29 @@ private Q_SLOTS:
     void itIsSaidWhenThePageIsSeenAgain();
     void whatIsOverBeforeThePageIsSeenIsNotSaid();
     void aPageWithoutAListDoesNotClaimThatThereAreNoVideos();
+    void aListThatIsLongInComingIsWaitedForVisibly();
     void anEmptyLibraryStaysEmpty();
 
 private:
     bool openWithoutAnswer();
-    [[nodiscard]] QString emptyText() const
+    // Those that are visible.
+    template <class T> [[nodiscard]] QList<T *> children() const
     {
+        QList<T *> found;
         for (QGraphicsItem *child : f.widget()->childItems()) {
-            const auto *label = qobject_cast<toolkit::Label *>(child->toGraphicsObject());
-            if (label && label->isVisible())
-                return label->text();
+            auto *widget = qobject_cast<T *>(child->toGraphicsObject());
+            if (widget && widget->isVisible())
+                found.append(widget);
         }
-        return {};
+        return found;
+    }
+    template <class T> [[nodiscard]] T *child() const { return children<T>().value(0); }
+    [[nodiscard]] QStringList emptyTexts() const
+    {
+        QStringList texts;
+        for (const toolkit::Label *label : children<toolkit::Label>())
+            texts.append(label->text());
+        return texts;
     }
 
     LibraryFixture &f;
@@ -102,7 +114,8 @@ void TestUnreachable::aPageWithoutAListDoesNotClaimThatThereAreNoVideos()
     QSignalSpy banners(f.page.get(), &LocalVideosPage::handleError);
     f.page->setLibraryReachable(false);
     QCOMPARE(f.widget()->viewState(), int(MyAllVideosWidget::Unreachable));
-    QCOMPARE(emptyText(), qtTrId("qtn_vide_library_unreachable"));
+    QCOMPARE(emptyTexts(),
+             QStringList({qtTrId("qtn_vide_library_unreachable"), qtTrId("qtn_vide_library_trying")}));
     Q_EMIT f.page->mmcStateChanged(false);
     Q_EMIT f.page->mmcStateChanged(true);
     QCOMPARE(f.widget()->viewState(), int(MyAllVideosWidget::Unreachable));
@@ -112,6 +125,20 @@ void TestUnreachable::aPageWithoutAListDoesNotClaimThatThereAreNoVideos()
     QTRY_COMPARE_WITH_TIMEOUT(f.widget()->viewState(), int(MyAllVideosWidget::ListShown), 20000);
     QCOMPARE(banners.size(), 0); // the page had said it
     QVERIFY(f.widget()->list()->isVisible());
+    QCOMPARE(emptyTexts(), QStringList());
+}
+
+void TestUnreachable::aListThatIsLongInComingIsWaitedForVisibly()
+{
+    QVERIFY(openWithoutAnswer());
+    QTRY_VERIFY_WITH_TIMEOUT(child<toolkit::Spinner>(), 20000);
+    const toolkit::Spinner *ring = child<toolkit::Spinner>();
+    QVERIFY(ring->unknownDuration());
+    QCOMPARE(ring->accessibleName(), qtTrId("qtn_vide_library_waiting"));
+    QCOMPARE(ring->geometry().center(), f.widget()->rect().center());
+    f.widget()->model()->queryFinished({LibraryFixture::row(1, u"alpha"_s)});
+    QTRY_COMPARE_WITH_TIMEOUT(f.widget()->viewState(), int(MyAllVideosWidget::ListShown), 20000);
+    QVERIFY(!child<toolkit::Spinner>());
 }
 
 void TestUnreachable::anEmptyLibraryStaysEmpty()
@@ -119,7 +146,7 @@ void TestUnreachable::anEmptyLibraryStaysEmpty()
     QVERIFY(f.open({}));
     f.page->setLibraryReachable(false);
     QCOMPARE(f.widget()->viewState(), int(MyAllVideosWidget::EmptyCollection));
-    QCOMPARE(emptyText(), qtTrId("qtn_vide_collection_empty"));
+    QCOMPARE(emptyTexts(), QStringList{qtTrId("qtn_vide_collection_empty")});
 }
 
 int main(int argc, char **argv)

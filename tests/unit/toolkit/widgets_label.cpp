@@ -53,6 +53,8 @@ private Q_SLOTS:
     void cleanup() { Theme::instance()->setTextScale(1); }
     void aLongTitleIsElidedAtTheEndOfItsSecondLine();
     void aTitleThatFitsIsLeftAlone();
+    void noSingleWordIsLeftForTheLastLine();
+    void aTextThatIsBrokenWithinWordsIsNotBalanced();
     void oneLongWordIsElidedInItsLine();
     void wordsAreBrokenAtTheirJointsOnly_data();
     void wordsAreBrokenAtTheirJointsOnly();
@@ -96,6 +98,44 @@ void WidgetsLabel::aTitleThatFitsIsLeftAlone()
     QCOMPARE(layouter.lineCount(), 1);
     QVERIFY(!layouter.isElided());
     QCOMPARE(layouter.shownText(), u"First steps"_s);
+}
+
+// "The library cannot be" and, below it, "reached".
+void WidgetsLabel::noSingleWordIsLeftForTheLastLine()
+{
+    TextLayouter layouter;
+    TextLayouter::Settings settings = settingsFor(240, 0);
+    settings.alignment = Qt::AlignHCenter;
+    const FormattedText text{u"The library cannot be reached"_s, {}};
+    layouter.layOut(text, settings);
+    QCOMPARE(layouter.lines(), QStringList({u"The library cannot be"_s, u"reached"_s}));
+    settings.balanced = true;
+    layouter.layOut(text, settings);
+    QCOMPARE(layouter.lines(), QStringList({u"The library cannot"_s, u"be reached"_s}));
+
+    QImage image(240, 58, QImage::Format_RGB32);
+    image.fill(Qt::black);
+    QPainter painter(&image);
+    layouter.draw(&painter, {}, Qt::white);
+    painter.end();
+    const QRect ink = inkBox(image);
+    QVERIFY2(std::abs(ink.left() - (image.width() - 1 - ink.right())) <= 4,
+             qPrintable(u"%1"_s.arg(ink.left())));
+}
+
+void WidgetsLabel::aTextThatIsBrokenWithinWordsIsNotBalanced()
+{
+    TextLayouter layouter;
+    TextLayouter::Settings settings = settingsFor(120, 0);
+    settings.alignment = Qt::AlignHCenter;
+    settings.wrapMode = QTextOption::WrapAtWordBoundaryOrAnywhere;
+    const FormattedText text{u"Nichtübereinstimmung hier"_s, {}};
+    layouter.layOut(text, settings);
+    const QStringList lines = layouter.lines();
+    QVERIFY(lines.size() > 1);
+    settings.balanced = true;
+    layouter.layOut(text, settings);
+    QCOMPARE(layouter.lines(), lines);
 }
 
 void WidgetsLabel::oneLongWordIsElidedInItsLine()

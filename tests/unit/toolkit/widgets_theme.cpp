@@ -385,6 +385,7 @@ void WidgetsTheme::everyIconIdDrawsSomething_data()
                            "icon-m-kestrel-volume-mute",
                            "icon-s-kestrel-pause-mark",
                            "icon-l-kestrel-no-videos",
+                           "icon-l-kestrel-unreachable",
                            "icon-m-share-email",
                            "icon-m-share-open-with",
                            "icon-m-share-bluetooth",
