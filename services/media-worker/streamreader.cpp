@@ -62,13 +62,43 @@ bool holdsVideo(GstEvent *event)
     return video;
 }
 
+// The bus of a demuxer, which hands everything on to the one that its bin gave it.
+struct DemuxerBus
+{
+    BusPointer whole; // the pipeline's
+    BusPointer given;
+};
+
+GstBusSyncReply demuxerPosted(GstBus *, GstMessage *message, gpointer buses)
+{
+    const auto *const to = static_cast<DemuxerBus *>(buses);
+    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR)
+        gst_bus_post(to->whole.get(), gst_message_ref(message));
+    gst_bus_post(to->given.get(), message); // takes it over
+    return GST_BUS_DROP;
+}
+
+// parsebin keeps an error to itself that comes while it still looks at the element, and keeps the element:
+// nothing would come any more. There is one demuxer for a container here, so what it says is the last word.
+void hearErrors(GstElement *pipeline, GstElement *demuxer)
+{
+    auto *const buses
+        = new DemuxerBus{BusPointer(gst_element_get_bus(pipeline)), BusPointer(gst_element_get_bus(demuxer))};
+    const BusPointer own(gst_bus_new());
+    gst_bus_set_sync_handler(own.get(), demuxerPosted, buses,
+                             [](gpointer data) { delete static_cast<DemuxerBus *>(data); });
+    gst_element_set_bus(demuxer, own.get());
+}
+
 // Some demuxers tell a stream only when they come upon it; all of them tell when there are no more.
 void elementAdded(GstBin *pipeline, GstBin *, GstElement *element, gpointer)
 {
     GstElementFactory *const factory = gst_element_get_factory(element);
-    if (factory && gst_element_factory_list_is_type(factory, GST_ELEMENT_FACTORY_TYPE_DEMUXER))
-        g_signal_connect_swapped(element, "no-more-pads",
-                                 G_CALLBACK(+[](GstElement *whole) { post(whole, AllStreams); }), pipeline);
+    if (!factory || !gst_element_factory_list_is_type(factory, GST_ELEMENT_FACTORY_TYPE_DEMUXER))
+        return;
+    hearErrors(GST_ELEMENT(pipeline), element);
+    g_signal_connect_swapped(element, "no-more-pads",
+                             G_CALLBACK(+[](GstElement *whole) { post(whole, AllStreams); }), pipeline);
 }
 
 void setBool(GstElement *element, const char *property, bool value)

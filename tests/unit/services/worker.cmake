@@ -25,6 +25,10 @@ kestrel_test(worker_reply_test
   SOURCES worker_reply_test.cpp
   LINK kestrel_media_pool Qt6::Gui)
 
+kestrel_test(worker_opening_test
+  SOURCES worker_opening_test.cpp ../../support/testclips.cpp ../../support/testclips.h
+  LINK kestrel_media_worker_core PkgConfig::GSTREAMER)
+
 kestrel_test(worker_picture_test
   SOURCES worker_picture_test.cpp
   LINK kestrel_media_worker_core PkgConfig::GSTREAMER)
