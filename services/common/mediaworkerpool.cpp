@@ -232,7 +232,8 @@ void MediaWorkerPool::Private::workerReplied(WorkerProcess *worker, MediaReply r
 {
     Job job = running.take(worker);
     const bool usedBefore = worker->filesRead() > 1;
-    if (reply.status == MediaReply::Status::Crashed && usedBefore && !job.freshWorkerOnly) {
+    const bool ended = reply.status == MediaReply::Status::Crashed || worker->isStuck();
+    if (ended && usedBefore && !job.freshWorkerOnly) {
         job.freshWorkerOnly = true;
         waiting.push_front(std::move(job));
         return;

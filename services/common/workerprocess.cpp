@@ -241,7 +241,8 @@ void WorkerProcess::checkLimits()
     if (m_state != State::Busy || m_verdict)
         return;
     const std::optional<ProcessUsage> usage = readUsage(m_worker);
-    if (sinceChange() > m_limits.wallMs)
+    m_stuck = sinceChange() > m_limits.wallMs;
+    if (m_stuck)
         verdict(MediaReply::Status::TimedOut, u"no answer after %1 ms"_s.arg(m_limits.wallMs));
     else if (usage && usage->cpuMs - m_cpuBefore > m_limits.cpuMs)
         verdict(MediaReply::Status::TimedOut, u"more than %1 ms of processor time"_s.arg(m_limits.cpuMs));

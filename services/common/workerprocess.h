@@ -26,6 +26,8 @@ public:
     [[nodiscard]] State state() const { return m_state; }
     [[nodiscard]] WorkerProtocol::Jail jail() const { return m_jail; }
     [[nodiscard]] int filesRead() const { return m_filesRead; }
+    // It was ended since it neither answered nor gave up by itself.
+    [[nodiscard]] bool isStuck() const { return m_stuck; }
     // Milliseconds in the present state.
     [[nodiscard]] qint64 sinceChange() const { return m_sinceChange.elapsed(); }
 
@@ -68,5 +70,6 @@ private:
     int m_filesRead = 0;
     qint64 m_cpuBefore = 0;
     std::optional<WorkerReplyParser> m_parser;
+    bool m_stuck = false;
     std::optional<MediaReply> m_verdict; // why it was ended from here
 };

@@ -48,6 +48,8 @@ void flood()
 
 void misbehave(int descriptor)
 {
+    static int files = 0;
+    const bool used = ++files > 1;
     char head[64] = {};
     if (pread(descriptor, head, sizeof head - 1, 0) <= 0 || !std::string_view(head).starts_with(Mark))
         return;
@@ -55,7 +57,7 @@ void misbehave(int descriptor)
     const std::string_view what = text.substr(Mark.size(), text.find('\n') - Mark.size());
     if (what == "crash")
         __builtin_trap();
-    else if (what == "hang")
+    else if (what == "hang" || (what == "hang-used" && used))
         for (;;)
             poll(nullptr, 0, -1);
     else if (what == "spin")

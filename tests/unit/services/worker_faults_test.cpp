@@ -104,6 +104,20 @@ private Q_SLOTS:
             QCOMPARE(int(m_replies.value(ids.at(i)).status), int(i % 2 ? Status::Ok : Status::Crashed));
     }
 
+    // What a file that was read before left behind is not the fault of the one that is read now.
+    void aWorkerThatIsStuckDoesNotCostTheFile()
+    {
+        m_pool = std::make_unique<MediaWorkerPool>(
+            MediaWorkerPool::Limits{.workers = 1, .wallMs = TightLimits.wallMs});
+        connect(m_pool.get(), &MediaWorkerPool::finished, this,
+                [this](int id, const MediaReply &reply) { m_replies.insert(id, reply); });
+        const int before = submit(m_good);
+        const int stuck = submit(faultFile("hang-used"));
+        QVERIFY(waitFor({before, stuck}));
+        QCOMPARE(int(m_replies.value(before).status), int(Status::Ok));
+        QCOMPARE(int(m_replies.value(stuck).status), int(Status::NotMedia)); // read, by another worker
+    }
+
     // The card is pulled while a file on it is read: the file is closed at once, the others are read on.
     void releasedFilesAreClosedAtOnce()
     {
