@@ -5,10 +5,10 @@
 #include "workerlog.h"
 #include "workerprocess.h"
 
-#include <QCoreApplication>
+#include "platform/system/ownprograms.h"
+
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QHash>
 #include <QSet>
 #include <QThread>
@@ -27,21 +27,6 @@ namespace {
 
 constexpr int WatchIntervalMs = 50;
 constexpr int MostStartFailures = 3;
-
-QString workerProgram()
-{
-    const QString set = qEnvironmentVariable("KESTREL_MEDIA_WORKER_PROGRAM");
-    if (!set.isEmpty())
-        return set;
-    const QString name = u"kestrel-media-worker"_s;
-    for (const QString &folder :
-         {QCoreApplication::applicationDirPath(), QCoreApplication::applicationDirPath() + u"/../bin"_s}) {
-        const QFileInfo beside(folder + u'/' + name);
-        if (beside.isExecutable())
-            return beside.canonicalFilePath();
-    }
-    return QStringLiteral(KESTREL_LIBEXEC_DIR "/") + name;
-}
 
 // Never waits: a pipe or a device that somebody named like a video is not opened for reading.
 int openRegularFile(const QString &path, QString &error)
@@ -117,7 +102,7 @@ public:
     MediaWorkerPool *const q;
     Limits limits;
     QString bubblewrap = bubblewrapProgram();
-    QString program = workerProgram();
+    QString program = helperProgram(u"kestrel-media-worker"_s);
     MediaPlugins plugins;
     std::deque<Job> waiting;
     std::vector<WorkerProcess *> workers; // children of the pool

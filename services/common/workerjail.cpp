@@ -6,10 +6,7 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 
-#include <csignal>
-
 #include <fcntl.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -68,12 +65,8 @@ WorkerCommand bubblewrapCommand(const QString &bubblewrap, const QString &worker
     return {bubblewrap, arguments};
 }
 
-void prepareWorkerProcess(pid_t parent, int socket, const WorkerLimits &limits)
+void prepareWorkerProcess(int socket, const WorkerLimits &limits)
 {
-    // A worker that waits for data for ever would not notice that its socket was closed.
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != parent)
-        _exit(1); // it ended before that was set
     // dup2() to itself would leave the descriptor to be closed at exec.
     if (socket == WorkerProtocol::SocketDescriptor)
         fcntl(socket, F_SETFD, 0);

@@ -4,8 +4,6 @@
 #include <QString>
 #include <QStringList>
 
-#include <sys/types.h>
-
 // How a worker is started: inside bubblewrap, or as it is (it then shuts itself in by Landlock and seccomp).
 struct WorkerCommand
 {
@@ -28,8 +26,6 @@ struct WorkerLimits
     int openFiles = 64;
 };
 
-// Between fork and exec of a worker: it ends with `parent` however that ends, its socket goes to the agreed
-// descriptor, the limits are set, core dumps are off, and it gets no descriptor but the standard ones and
-// that. Only calls that are safe there. The thread that forks must live as long as `parent`: its end counts
-// as that.
-void prepareWorkerProcess(pid_t parent, int socket, const WorkerLimits &limits);
+// Between fork and exec of a worker: its socket goes to the agreed descriptor, the limits are set, core dumps
+// are off, and it gets no descriptor but the standard ones and that. Only calls that are safe there.
+void prepareWorkerProcess(int socket, const WorkerLimits &limits);

@@ -47,13 +47,6 @@ qint64 addressSpace(qint64 memoryBytes)
 #endif
 }
 
-QProcessEnvironment workerEnvironment()
-{
-    QProcessEnvironment environment;
-    environment.insert(u"LANG"_s, u"C.UTF-8"_s);
-    return environment;
-}
-
 MediaReply replyOf(MediaReply::Status status, const QString &error)
 {
     MediaReply reply;
@@ -75,24 +68,14 @@ WorkerProcess::WorkerProcess(const WorkerCommand &command, const MediaWorkerPool
     m_socket = ours;
     m_notifier.emplace(ours, QSocketNotifier::Read);
     connect(&*m_notifier, &QSocketNotifier::activated, this, &WorkerProcess::socketReadable);
-    connect(&m_process, &QProcess::finished, this, &WorkerProcess::processEnded);
-    connect(
-        &m_process, &QProcess::errorOccurred, this,
-        [this](QProcess::ProcessError error) {
-            if (error == QProcess::FailedToStart)
-                processEnded();
-        },
-        Qt::QueuedConnection);
+    connect(&m_process, &HelperProcess::ended, this, &WorkerProcess::processEnded);
 
     const WorkerLimits processLimits{.addressSpaceBytes = addressSpace(limits.memoryBytes)};
-    m_process.setChildProcessModifier([parent = getpid(), theirs = theirs, processLimits] {
-        prepareWorkerProcess(parent, theirs, processLimits);
-    });
-    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.setStandardInputFile(QProcess::nullDevice());
     m_process.setStandardOutputFile(QProcess::nullDevice());
-    m_process.setProcessEnvironment(workerEnvironment());
-    m_process.start(command.program, command.arguments);
+    m_process.startHelper(command.program, command.arguments, [theirs = theirs, processLimits] {
+        prepareWorkerProcess(theirs, processLimits);
+    });
     ::close(theirs);
 }
 

@@ -6,8 +6,9 @@
 #include "workerprotocol.h"
 #include "workerreplyparser.h"
 
+#include "platform/system/helperprocess.h"
+
 #include <QElapsedTimer>
-#include <QProcess>
 #include <QSocketNotifier>
 
 #include <optional>
@@ -60,7 +61,7 @@ private:
     void limitCpu() const;
 
     MediaWorkerPool::Limits m_limits;
-    QProcess m_process;
+    HelperProcess m_process;
     int m_socket = -1;
     std::optional<QSocketNotifier> m_notifier;
     State m_state = State::Starting;

@@ -343,9 +343,7 @@ bool OdbcSession::sendCell(SQLHSTMT statement, SQLHDESC row, SQLUSMALLINT column
     SQLGetDescField(row, SQLSMALLINT(column), s_valueTypeField, &valueType, SQL_IS_INTEGER, nullptr);
     const bool isWide = valueType == WideText || valueType == LongWideText;
     bool isNull = false;
-    const SQLRETURN got
-        = isWide ? readWideText(statement, column, isNull) : readText(statement, column, isNull);
-    if (!SQL_SUCCEEDED(got))
+    if (!SQL_SUCCEEDED(readText(statement, column, isWide, isNull)))
         return false;
     if (isNull) {
         m_answers.cell(CellType::Unbound, {});
@@ -359,14 +357,17 @@ bool OdbcSession::sendCell(SQLHSTMT statement, SQLHDESC row, SQLUSMALLINT column
     return true;
 }
 
-// What the store holds is UTF-8, and comes as it stands.
-SQLRETURN OdbcSession::readText(SQLHSTMT statement, SQLUSMALLINT column, bool &isNull)
+// Into m_text. What the store holds is UTF-8, and comes as it stands; what the server computed, or took over
+// from the text of the query, has characters of four bytes.
+SQLRETURN OdbcSession::readText(SQLHSTMT statement, SQLUSMALLINT column, bool isWide, bool &isNull)
 {
+    // Cut short, the buffer is full but for the NUL at its end.
+    const std::size_t room = m_buffer.size() - (isWide ? sizeof(char32_t) : sizeof(char));
     m_text.clear();
     for (;;) {
         SQLLEN length = 0;
-        const SQLRETURN got
-            = SQLGetData(statement, column, SQL_C_CHAR, m_buffer.data(), SQLLEN(m_buffer.size()), &length);
+        const SQLRETURN got = SQLGetData(statement, column, isWide ? SQL_C_WCHAR : SQL_C_CHAR,
+                                         m_buffer.data(), SQLLEN(m_buffer.size()), &length);
         if (got == SQL_NO_DATA)
             return SQL_SUCCESS;
         if (!SQL_SUCCEEDED(got))
@@ -374,32 +375,12 @@ SQLRETURN OdbcSession::readText(SQLHSTMT statement, SQLUSMALLINT column, bool &i
         isNull = length == SQL_NULL_DATA;
         if (isNull)
             return got;
-        // Cut short, the buffer is full but for the NUL at its end.
-        const bool isWhole = length >= 0 && std::size_t(length) < m_buffer.size();
-        m_text.append(m_buffer.data(), isWhole ? std::size_t(length) : m_buffer.size() - 1);
-        if (isWhole)
-            return got;
-    }
-}
-
-// What the server computed, or took over from the text of the query, has characters of four bytes.
-SQLRETURN OdbcSession::readWideText(SQLHSTMT statement, SQLUSMALLINT column, bool &isNull)
-{
-    m_text.clear();
-    for (;;) {
-        SQLLEN length = 0;
-        const SQLRETURN got
-            = SQLGetData(statement, column, SQL_C_WCHAR, m_buffer.data(), SQLLEN(m_buffer.size()), &length);
-        if (got == SQL_NO_DATA)
-            return SQL_SUCCESS;
-        if (!SQL_SUCCEEDED(got))
-            return got;
-        isNull = length == SQL_NULL_DATA;
-        if (isNull)
-            return got;
-        const std::size_t room = m_buffer.size() - sizeof(char32_t);
         const bool isWhole = length >= 0 && std::size_t(length) <= room;
-        appendUtf8(m_text, std::string_view(m_buffer.data(), isWhole ? std::size_t(length) : room));
+        const std::string_view piece(m_buffer.data(), isWhole ? std::size_t(length) : room);
+        if (isWide)
+            appendUtf8(m_text, piece);
+        else
+            m_text.append(piece);
         if (isWhole)
             return got;
     }

@@ -53,8 +53,7 @@ private:
     void executeQuery(const std::string &sql);
     [[nodiscard]] bool sendRows(SQLHSTMT statement, SQLSMALLINT columns);
     [[nodiscard]] bool sendCell(SQLHSTMT statement, SQLHDESC row, SQLUSMALLINT column);
-    [[nodiscard]] SQLRETURN readText(SQLHSTMT statement, SQLUSMALLINT column, bool &isNull);
-    [[nodiscard]] SQLRETURN readWideText(SQLHSTMT statement, SQLUSMALLINT column, bool &isNull);
+    [[nodiscard]] SQLRETURN readText(SQLHSTMT statement, SQLUSMALLINT column, bool isWide, bool &isNull);
 
     AnswerWriter &m_answers;
     const std::atomic<bool> &m_cancelled;

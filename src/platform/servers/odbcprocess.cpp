@@ -5,14 +5,7 @@
 #include "resourceids.h"
 #include "serversettings.h"
 
-#include <QCoreApplication>
-#include <QFileInfo>
-
-#include <csignal>
-
 #include <strings.h>
-#include <sys/prctl.h>
-#include <unistd.h>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace OdbcProtocol;
@@ -50,35 +43,14 @@ OdbcProcess::Ending endingOf(Failure failure)
     return OdbcProcess::Ending::Lost;
 }
 
-QProcessEnvironment helperEnvironment()
+// What the driver manager finds its list of drivers by, and nothing that a session has in store.
+QStringList helperVariables()
 {
-    // What the driver manager finds its list of drivers by, and nothing that a session has in store.
-    QProcessEnvironment environment;
-    environment.insert(u"LANG"_s, u"C.UTF-8"_s);
-    for (const QString &name : {u"HOME"_s, u"PATH"_s, u"LD_LIBRARY_PATH"_s, u"ODBCINI"_s, u"ODBCSYSINI"_s,
-                                u"ODBCINSTINI"_s, u"ASAN_OPTIONS"_s, u"LSAN_OPTIONS"_s, u"UBSAN_OPTIONS"_s}) {
-        if (qEnvironmentVariableIsSet(name.toLatin1()))
-            environment.insert(name, qEnvironmentVariable(name.toLatin1()));
-    }
-    return environment;
+    return {u"HOME"_s,        u"PATH"_s,         u"LD_LIBRARY_PATH"_s, u"ODBCINI"_s,      u"ODBCSYSINI"_s,
+            u"ODBCINSTINI"_s, u"ASAN_OPTIONS"_s, u"LSAN_OPTIONS"_s,    u"UBSAN_OPTIONS"_s};
 }
 
 } // namespace
-
-QString odbcProgram()
-{
-    const QString set = qEnvironmentVariable("KESTREL_ODBC_PROGRAM");
-    if (!set.isEmpty())
-        return set;
-    const QString name = u"kestrel-odbc"_s;
-    for (const QString &folder :
-         {QCoreApplication::applicationDirPath(), QCoreApplication::applicationDirPath() + u"/../bin"_s}) {
-        const QFileInfo beside(folder + u'/' + name);
-        if (beside.isExecutable())
-            return beside.canonicalFilePath();
-    }
-    return QStringLiteral(KESTREL_LIBEXEC_DIR "/") + name;
-}
 
 OdbcProcess::OdbcProcess(const QString &program, const ServerSettings &settings, const Login &login,
                          QObject *parent)
@@ -93,22 +65,9 @@ OdbcProcess::OdbcProcess(const QString &program, const ServerSettings &settings,
         kill(Ending::Silent, u"the server says nothing for %1 s"_s.arg(m_timeout.count() / 1000.0));
     });
     connect(&m_process, &QProcess::readyReadStandardOutput, this, &OdbcProcess::read);
-    connect(&m_process, &QProcess::finished, this, &OdbcProcess::processEnded);
-    connect(
-        &m_process, &QProcess::errorOccurred, this,
-        [this](QProcess::ProcessError error) {
-            if (error == QProcess::FailedToStart)
-                processEnded();
-        },
-        Qt::QueuedConnection);
-    m_process.setChildProcessModifier([parent = getpid()] {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != parent)
-            _exit(1); // it ended before that was set
-    });
-    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.setProcessEnvironment(helperEnvironment());
-    m_process.start(program, QStringList());
+    connect(&m_process, &HelperProcess::ended, this, &OdbcProcess::processEnded);
+    m_process.passOn(helperVariables());
+    m_process.startHelper(program, {});
 
     QByteArray open;
     appendValue(open, quint32(settings.timeout.count()));
@@ -118,14 +77,7 @@ OdbcProcess::OdbcProcess(const QString &program, const ServerSettings &settings,
     explicit_bzero(open.data(), size_t(open.size()));
 }
 
-OdbcProcess::~OdbcProcess()
-{
-    m_process.disconnect(this);
-    if (m_process.state() != QProcess::NotRunning) {
-        m_process.kill();
-        m_process.waitForFinished(1000);
-    }
-}
+OdbcProcess::~OdbcProcess() = default;
 
 void OdbcProcess::send(Request kind, const QByteArray &bytes)
 {

@@ -3,8 +3,9 @@
 
 #include "odbcreplyparser.h"
 
+#include "platform/system/helperprocess.h"
+
 #include <QElapsedTimer>
-#include <QProcess>
 #include <QTimer>
 
 #include <chrono>
@@ -65,7 +66,7 @@ private:
     void finish(Outcome outcome);
 
     std::chrono::milliseconds m_timeout;
-    QProcess m_process;
+    HelperProcess m_process;
     QTimer m_silence; // runs while a statement is under way and no byte comes
     QElapsedTimer m_sinceAnswer;
     std::optional<OdbcReplyParser> m_parser; // of the statement under way
@@ -73,6 +74,3 @@ private:
     std::optional<Outcome> m_verdict; // why the program is ended from here
     State m_state = State::Running;
 };
-
-// Where the helper is: beside the application, or where it is installed.
-[[nodiscard]] QString odbcProgram();

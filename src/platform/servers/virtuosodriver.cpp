@@ -3,6 +3,8 @@
 
 #include "standarddialect.h"
 
+#include "platform/system/ownprograms.h"
+
 #include <QPointer>
 
 #include <algorithm>
@@ -17,7 +19,7 @@ constexpr std::chrono::milliseconds s_longestIdle{60000};
 } // namespace
 
 VirtuosoDriver::VirtuosoDriver(const ServerSettings &settings, const ServerPatience &patience)
-    : VirtuosoDriver(settings, patience, std::make_unique<Credentials>(), odbcProgram())
+    : VirtuosoDriver(settings, patience, std::make_unique<Credentials>(), helperProgram(u"kestrel-odbc"_s))
 {
 }
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "serviceactivator.h"
 
-#include <QCoreApplication>
+#include "ownprograms.h"
+
 #include <QDBusConnection>
 #include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
-#include <QFileInfo>
 #include <QLoggingCategory>
 #include <QProcess>
 #include <QTimer>
@@ -29,12 +29,6 @@ QDBusMessage busCall(const QString &method)
 {
     return QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
                                           u"org.freedesktop.DBus"_s, method);
-}
-
-QString overridingProgram(const QString &program)
-{
-    const QString variable = program.toUpper().replace(u'-', u'_') + u"_PROGRAM"_s;
-    return qEnvironmentVariable(variable.toLatin1().constData());
 }
 
 } // namespace
@@ -205,13 +199,5 @@ void ServiceActivator::setStartTimeout(int ms)
 QString ServiceActivator::programPath() const
 {
     const QString named = overridingProgram(d->program);
-    if (!named.isEmpty())
-        return named;
-    const QString here = QCoreApplication::applicationDirPath();
-    for (const QString &folder : {QString(), u"/" KESTREL_LIBEXEC_FROM_BIN ""_s}) {
-        const QFileInfo file(here + folder + u'/' + d->program);
-        if (file.isFile() && file.isExecutable())
-            return file.canonicalFilePath();
-    }
-    return {};
+    return named.isEmpty() ? installedProgram(d->program) : named;
 }

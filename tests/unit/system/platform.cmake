@@ -11,3 +11,5 @@ kestrel_test(device_nobus_test SOURCES device_nobus_test.cpp LINK kestrel_system
 target_include_directories(device_nobus_test PRIVATE ${CMAKE_SOURCE_DIR}/tests)
 kestrel_test(file_writer_test SOURCES file_writer_test.cpp LINK kestrel_system)
 target_include_directories(file_writer_test PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+kestrel_test(helper_process_test SOURCES helper_process_test.cpp LINK kestrel_system)
+add_dependencies(helper_process_test kestrel-odbc)
