@@ -73,9 +73,8 @@ WorkerProcess::WorkerProcess(const WorkerCommand &command, const MediaWorkerPool
     const WorkerLimits processLimits{.addressSpaceBytes = addressSpace(limits.memoryBytes)};
     m_process.setStandardInputFile(QProcess::nullDevice());
     m_process.setStandardOutputFile(QProcess::nullDevice());
-    m_process.startHelper(command.program, command.arguments, [theirs = theirs, processLimits] {
-        prepareWorkerProcess(theirs, processLimits);
-    });
+    m_process.startHelper(command.program, command.arguments,
+                          [theirs = theirs, processLimits] { prepareWorkerProcess(theirs, processLimits); });
     ::close(theirs);
 }
 

@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "credentials.h"
 
+#include "aside.h"
 #include "credentialsfile.h"
 #include "secretlookup.h"
 #include "serverslog.h"
 
-#include <QFutureWatcher>
-#include <QPromise>
 #include <QStandardPaths>
 #include <QTimer>
 
-#include <memory>
-#include <thread>
 #include <utility>
 
 #include <strings.h>
@@ -76,22 +73,15 @@ void Credentials::next()
     lookup->start(m_mayAsk);
 }
 
-// On a thread of its own, which nothing waits for: the home may be on a network that is away.
 void Credentials::askFile()
 {
     const Request &request = m_requests.front();
-    auto promise = std::make_shared<QPromise<Login>>();
-    auto *watcher = new QFutureWatcher<Login>(this);
-    connect(watcher, &QFutureWatcher<Login>::finished, this, [this, watcher] {
-        watcher->deleteLater();
-        finish(watcher->future().takeResult(), "the file");
-    });
-    promise->start();
-    watcher->setFuture(promise->future());
-    std::thread([promise, file = m_file, server = request.server, user = request.user] {
-        promise->addResult(loginFromFile(file, server, user));
-        promise->finish();
-    }).detach();
+    doAside(
+        this,
+        [file = m_file, server = request.server, user = request.user] {
+            return loginFromFile(file, server, user);
+        },
+        [this](Login login) { finish(std::move(login), "the file"); });
 }
 
 void Credentials::finish(Login login, const char *source)

@@ -1,33 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "endpointlink.h"
 
-#include <QFile>
+#include "aside.h"
+#include "serverslog.h"
+#include "tlsfiles.h"
+
 #include <QHostAddress>
 #include <QNetworkReply>
 #include <QPointer>
-#include <QSslCertificate>
-#include <QSslKey>
+
+#include <algorithm>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
 constexpr char loggedIn[] = "kestrelLoggedIn";
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-QSslKey keyOf(const QByteArray &pem)
-{
-    for (const QSsl::KeyAlgorithm algorithm : {QSsl::Rsa, QSsl::Ec}) {
-        if (const QSslKey key(pem, algorithm); !key.isNull())
-            return key;
-    }
-    return {};
-}
 
 } // namespace
 
@@ -37,33 +26,19 @@ EndpointLink::EndpointLink(const ServerSettings &settings, std::unique_ptr<Crede
       m_tls(QSslConfiguration::defaultConfiguration())
 {
     connect(&m_network, &QNetworkAccessManager::authenticationRequired, this, &EndpointLink::logIn);
-    if (settings.queryAddress.isEmpty())
+    if (settings.queryAddress.isEmpty()) {
         m_fault = u"no address of a SPARQL endpoint is set"_s;
-    else
-        setUpTls();
-}
-
-// A file that cannot be used stops everything: going on without it would trust others than the person said.
-void EndpointLink::setUpTls()
-{
-    if (!m_settings.certificateAuthority.isEmpty()) {
-        const auto trusted = QSslCertificate::fromData(contentOf(m_settings.certificateAuthority), QSsl::Pem);
-        if (trusted.isEmpty())
-            m_fault = u"no certificate authority can be read from %1"_s.arg(m_settings.certificateAuthority);
-        m_tls.setCaCertificates(trusted);
+    } else if (hasTlsFiles(settings)) {
+        m_isReady = false;
+        doAside(
+            this, [settings] { return readTlsFiles(settings); },
+            [this](const TlsFiles &files) {
+                m_fault = files.fault;
+                files.applyTo(m_tls);
+                m_isReady = true;
+                Q_EMIT ready();
+            });
     }
-    if (m_settings.clientCertificate.isEmpty())
-        return;
-    const auto chain = QSslCertificate::fromData(contentOf(m_settings.clientCertificate), QSsl::Pem);
-    const QString keyFile
-        = m_settings.clientKey.isEmpty() ? m_settings.clientCertificate : m_settings.clientKey;
-    const QSslKey key = keyOf(contentOf(keyFile));
-    if (chain.isEmpty())
-        m_fault = u"no certificate can be read from %1"_s.arg(m_settings.clientCertificate);
-    else if (key.isNull())
-        m_fault = u"no private key can be read from %1"_s.arg(keyFile);
-    m_tls.setLocalCertificateChain(chain);
-    m_tls.setPrivateKey(key);
 }
 
 QNetworkRequest EndpointLink::request(const QUrl &address) const
@@ -111,6 +86,17 @@ void EndpointLink::findLogin(const QUrl &address, QObject *asker, std::function<
 void EndpointLink::forgetLogin(const QUrl &address)
 {
     m_logins.remove(Credentials::serverOf(address));
+}
+
+int EndpointLink::rowLimit(const QNetworkReply &reply)
+{
+    const QByteArray header = reply.rawHeader("X-SPARQL-MaxRows").trimmed();
+    const int limit = header.toInt(); // 0 for what is no number
+    const bool isSensible = header.isEmpty() || limit > 0;
+    if (!isSensible && !std::exchange(m_hasToldOfLimit, true))
+        qCWarning(serversLog) << "the server names a limit of rows that is none, which is ignored:"
+                              << header.left(40);
+    return std::max(limit, 0);
 }
 
 // Asked again for the same request, the server did not take what it got. What Qt remembers of a login that is

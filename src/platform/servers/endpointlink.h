@@ -26,6 +26,8 @@ public:
     [[nodiscard]] const ServerSettings &settings() const { return m_settings; }
     [[nodiscard]] QNetworkAccessManager &network() { return m_network; }
 
+    // Until then nothing can be sent: the files of certificates are still being read. ready() tells.
+    [[nodiscard]] bool isReady() const { return m_isReady; }
     // Why nothing can be sent at all; null when it can.
     [[nodiscard]] QString fault() const { return m_fault; }
 
@@ -54,9 +56,16 @@ public:
     [[nodiscard]] bool readsAddressesOnly() const { return m_readsAddressesOnly; }
     void setReadsAddressesOnly() { m_readsAddressesOnly = true; }
 
+    // How many rows the server says that it gives of any answer; 0 when it says nothing, or nothing sensible,
+    // which is logged once.
+    [[nodiscard]] int rowLimit(const QNetworkReply &reply);
+
     // How many rows of a list the server gives at a time; 0 as long as it gave whole lists.
     [[nodiscard]] int pageRows() const { return m_pageRows; }
     void setPageRows(int rows) { m_pageRows = rows; }
+
+Q_SIGNALS:
+    void ready(); // once
 
 private:
     struct KnownLogin
@@ -65,8 +74,6 @@ private:
         QString password;
         ~KnownLogin() { wipe(password); }
     };
-
-    void setUpTls();
 
     ServerSettings m_settings;
     std::unique_ptr<Credentials> m_credentials;
@@ -77,4 +84,6 @@ private:
     QHash<QUrl, QUrl> m_moved;
     int m_pageRows = 0;
     bool m_readsAddressesOnly = false;
+    bool m_isReady = true;
+    bool m_hasToldOfLimit = false;
 };

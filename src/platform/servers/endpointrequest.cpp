@@ -109,6 +109,11 @@ void EndpointRequest::send()
     m_updateNetwork.reset();
     m_wasSent = m_hasBytes = m_hasEnded = false;
     m_words.clear();
+    if (!m_link.isReady()) {
+        connect(&m_link, &EndpointLink::ready, this, &EndpointRequest::send, Qt::SingleShotConnection);
+        m_silence.start();
+        return;
+    }
     if (!m_link.fault().isNull()) {
         end(Ending::Refused, m_link.fault());
         return;
@@ -182,10 +187,22 @@ void EndpointRequest::watch()
     m_silence.start();
 }
 
+int EndpointRequest::status() const
+{
+    return m_reply ? m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() : 0;
+}
+
+// The server has done the update: what it says of it beyond the headers, if it ever ends, changes nothing.
+bool EndpointRequest::isTaken() const
+{
+    return m_isUpdate && status() >= 200 && status() < 300;
+}
+
 // Pieces are read in a turn of their own, so that other events come between.
 void EndpointRequest::readLater()
 {
-    m_silence.start();
+    if (!isTaken() || !m_silence.isActive())
+        m_silence.start();
     if (!m_slice.isActive())
         m_slice.start();
 }
@@ -201,8 +218,7 @@ void EndpointRequest::readSome()
 // Some milliseconds' work. True when there is more to do at once.
 bool EndpointRequest::takeSlice()
 {
-    const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    const bool hasRows = !m_isUpdate && status >= 200 && status < 300;
+    const bool hasRows = !m_isUpdate && status() >= 200 && status() < 300;
     QElapsedTimer time;
     time.start();
     QByteArray piece(pieceBytes, Qt::Uninitialized);
@@ -214,7 +230,7 @@ bool EndpointRequest::takeSlice()
         const QByteArrayView bytes = QByteArrayView(piece).first(size);
         if (m_words.size() < mostWords)
             m_words.append(bytes.first(std::min(bytes.size(), mostWords - m_words.size())));
-        const bool isUseful = hasRows ? m_parser->feed(bytes) : status < 300 || m_words.size() < mostWords;
+        const bool isUseful = hasRows ? m_parser->feed(bytes) : m_words.size() < mostWords;
         if (!isUseful) {
             m_hasEnded = true; // the rest is of no use
             return false;
@@ -231,7 +247,13 @@ void EndpointRequest::silent()
         return;
     }
     const auto seconds = m_link.settings().timeout.count();
-    if (m_wasSent || m_hasBytes)
+    if (isTaken()) {
+        complete();
+        return;
+    }
+    if (!m_link.isReady())
+        end(Ending::NotReached, u"the files of certificates could not be read within %1 s"_s.arg(seconds));
+    else if (m_wasSent || m_hasBytes)
         end(Ending::Silent, u"the server said nothing for %1 s"_s.arg(seconds));
     else
         end(Ending::NotReached, u"the server could not be reached within %1 s"_s.arg(seconds));
@@ -241,8 +263,8 @@ void EndpointRequest::complete()
 {
     m_silence.stop();
     m_reply->disconnect(this); // it may go on: once is enough
-    const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    const bool isCut = m_reply->error() != QNetworkReply::NoError && status < 300;
+    const int status = this->status();
+    const bool isCut = m_reply->error() != QNetworkReply::NoError && status < 300 && !isTaken();
     const bool isBroken = m_parser && !m_parser->error().isNull();
     if (status == 401)
         askedForLogin();
@@ -298,10 +320,9 @@ void EndpointRequest::parsed()
 // Virtuoso names its own limit where an answer reached it, and says in X-SQL-State that its time was up.
 bool EndpointRequest::isCutOff(int rows) const
 {
-    const QByteArray limit = m_reply->rawHeader("X-SPARQL-MaxRows");
-    return (m_pageRows > 0 && rows >= m_pageRows) || (!limit.isEmpty() && rows >= limit.toInt())
-        || m_reply->hasRawHeader("X-SQL-State")
-        || m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() == 206;
+    const int limit = m_link.rowLimit(*m_reply);
+    return (m_pageRows > 0 && rows >= m_pageRows) || (limit > 0 && rows >= limit)
+        || m_reply->hasRawHeader("X-SQL-State") || status() == 206;
 }
 
 // Asks for what comes behind these rows, or for the first page when the rows so far have no order. False when
@@ -411,6 +432,7 @@ void EndpointRequest::end(Ending ending, const QString &error, std::chrono::mill
     m_answer.ending = ending;
     m_answer.error = error;
     m_answer.retryAfter = retryAfter;
+    m_link.disconnect(this); // it may become ready now
     dropReply();
     Q_EMIT finished();
 }

@@ -44,6 +44,8 @@ private:
     [[nodiscard]] bool takeSlice();
     void readLater();
     void silent();
+    [[nodiscard]] int status() const; // of HTTP; 0 before the headers are there
+    [[nodiscard]] bool isTaken() const;
 
     void complete();
     void answered();

@@ -1,20 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "endpointtest.h"
+#include "flood.h"
 
 #include "platform/servers/resourceids.h"
+#include "support/loglines.h"
 
 #include <QSignalSpy>
 #include <QTest>
 #include <QUrlQuery>
-
-#include <atomic>
-#include <thread>
-
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 using namespace endpointtest;
 using Request = WebServer::Request;
@@ -51,75 +44,6 @@ QString formValue(const Request &request, const QString &name)
     return QUrlQuery(form).queryItemValue(name, QUrl::FullyDecoded);
 }
 
-// Answers one request, on a thread of its own, with the beginning of a list and then as fast as it can with
-// more, until nobody takes it.
-class Flood
-{
-public:
-    static constexpr qint64 most = qint64(64) << 20;
-
-    explicit Flood(const QByteArray &beginning)
-    {
-        m_listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in here = {};
-        socklen_t size = sizeof here;
-        here.sin_family = AF_INET;
-        here.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        auto *address = reinterpret_cast<sockaddr *>(&here);
-        if (::bind(m_listener, address, size) == 0 && ::listen(m_listener, 1) == 0
-            && ::getsockname(m_listener, address, &size) == 0)
-            m_port = ntohs(here.sin_port);
-        m_thread = std::thread([this, beginning] { answer(beginning); });
-    }
-    ~Flood()
-    {
-        m_mayFlood = true;
-        ::shutdown(m_listener, SHUT_RDWR);
-        if (m_thread.joinable())
-            m_thread.join();
-        ::close(m_listener);
-    }
-    Q_DISABLE_COPY_MOVE(Flood)
-
-    [[nodiscard]] int port() const { return m_port; }
-    // Waits until nothing is taken for two seconds, or all of it was. Bytes.
-    [[nodiscard]] qint64 taken()
-    {
-        m_mayFlood = true;
-        m_thread.join();
-        return m_taken;
-    }
-
-private:
-    void answer(const QByteArray &beginning)
-    {
-        const int peer = ::accept(m_listener, nullptr, nullptr);
-        char request[4096];
-        if (peer < 0)
-            return;
-        if (::recv(peer, request, sizeof request, 0) > 0)
-            ::send(peer, beginning.constData(), size_t(beginning.size()), MSG_NOSIGNAL);
-        while (!m_mayFlood)
-            std::this_thread::yield();
-        const QByteArray more(65536, ' ');
-        pollfd ready = {peer, POLLOUT, 0};
-        while (m_taken<most && ::poll(&ready, 1, 2000)> 0) {
-            const ssize_t sent
-                = ::send(peer, more.constData(), size_t(more.size()), MSG_NOSIGNAL | MSG_DONTWAIT);
-            if (sent < 0)
-                break;
-            m_taken += sent;
-        }
-        ::close(peer);
-    }
-
-    int m_listener = -1;
-    int m_port = 0;
-    std::atomic<bool> m_mayFlood = false;
-    std::atomic<qint64> m_taken = 0;
-    std::thread m_thread;
-};
-
 } // namespace
 
 class TestEndpointDriver : public EndpointTest
@@ -138,6 +62,8 @@ private Q_SLOTS:
     void aServerThatGoesAwayIsAskedAgain();
     void anUpdateGoesOutOnce();
     void anUpdateWaitsForAServerThatIsNotThere();
+    void anAnswerToAnUpdateMayHaveNoEnd_data();
+    void anAnswerToAnUpdateMayHaveNoEnd();
     void silence();
     void slowButNotSilent();
     void redirects_data();
@@ -145,6 +71,8 @@ private Q_SLOTS:
     void nobodyWantsTheAnswer();
     void anAnswerThatIsCutOffIsPaged();
     void aCutThatCannotBePagedIsAnError();
+    void aLimitThatIsNoneIsIgnored_data();
+    void aLimitThatIsNoneIsIgnored();
     void aServerThatTakesTooLongIsAskedForParts();
     void aServerThatReadsAddressesOnly();
     void aLargeAnswerDoesNotBlock();
@@ -335,6 +263,50 @@ void TestEndpointDriver::anUpdateWaitsForAServerThatIsNotThere()
     QCOMPARE(outcome(update), QString());
 }
 
+void TestEndpointDriver::anAnswerToAnUpdateMayHaveNoEnd_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<bool>("goesOn"); // a byte now and then
+    QTest::addColumn<bool>("isCut");
+    QTest::newRow("nothing follows") << QByteArray() << false << false;
+    QTest::newRow("much, and nothing more") << "5000\r\n" + QByteArray(0x5000, 'x') + "\r\n"
+                                            << false << false;
+    QTest::newRow("byte by byte for ever") << QByteArray() << true << false;
+    QTest::newRow("cut off") << QByteArray("50\r\nhalf") << false << true;
+}
+
+// The server has said that the update is done: what it goes on to say holds up nothing that comes after.
+void TestEndpointDriver::anAnswerToAnUpdateMayHaveNoEnd()
+{
+    QFETCH(QByteArray, body);
+    QFETCH(bool, goesOn);
+    QFETCH(bool, isCut);
+    m_settings.timeout = 3s;
+    connectTo(m_settings);
+    m_server->answer = [&](const Request &request) {
+        if (m_server->requests.size() > 1) {
+            WebServer::reply(request, "200 OK");
+            return;
+        }
+        request.socket->write("HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\n"
+                              "Transfer-Encoding: chunked\r\n\r\n"
+                              + body);
+        if (isCut)
+            request.socket->disconnectFromHost();
+        if (!goesOn)
+            return;
+        auto *drops = new QTimer(request.socket);
+        connect(drops, &QTimer::timeout, request.socket,
+                [socket = request.socket.data()] { socket->write("1\r\nx\r\n"); });
+        drops->start(50ms);
+    };
+    SparqlResult *first = exec(anyUpdate);
+    SparqlResult *second = exec(anyUpdate);
+    QCOMPARE(outcome(first), QString());
+    QCOMPARE(outcome(second), QString());
+    QCOMPARE(m_server->requests.size(), 2);
+}
+
 void TestEndpointDriver::silence()
 {
     m_settings.timeout = 4s;
@@ -450,6 +422,28 @@ void TestEndpointDriver::aCutThatCannotBePagedIsAnError()
     };
     QCOMPARE(outcome(exec(SparqlQuery(u"SELECT ?_v WHERE { ?_v a nmm:Video } LIMIT 7"_s))),
              u"the server gives no more than 1 rows of an answer"_s);
+}
+
+void TestEndpointDriver::aLimitThatIsNoneIsIgnored_data()
+{
+    QTest::addColumn<QByteArray>("limit");
+    for (const char *limit : {"0", "-1", "many", "99999999999999999999", "0x10"})
+        QTest::newRow(limit) << QByteArray(limit);
+}
+
+void TestEndpointDriver::aLimitThatIsNoneIsIgnored()
+{
+    QFETCH(QByteArray, limit);
+    m_server->answer = [&](const Request &request) {
+        WebServer::reply(request, "200 OK", one, json + "X-SPARQL-MaxRows: " + limit + "\r\n");
+    };
+    const LogLines log("kestrel.servers");
+    for (int trial = 0; trial < 3; ++trial)
+        QCOMPARE(outcome(exec(SparqlQuery(u"SELECT ?_v WHERE { ?_v a nmm:Video } LIMIT 7"_s))), u"urn:a"_s);
+    QCOMPARE(m_server->requests.size(), 3);
+    QCOMPARE(log.all().size(), 1);
+    QVERIFY2(log.all().constFirst().contains(QString::fromLatin1(limit)),
+             qUtf8Printable(log.all().constFirst()));
 }
 
 void TestEndpointDriver::aServerThatTakesTooLongIsAskedForParts()

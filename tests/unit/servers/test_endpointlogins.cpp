@@ -8,6 +8,8 @@
 #include <QSslKey>
 #include <QTest>
 
+#include <sys/stat.h>
+
 using namespace endpointtest;
 using Request = WebServer::Request;
 
@@ -40,7 +42,20 @@ private Q_SLOTS:
     void aPasswordThatWasChanged();
     void passwordsStayOffTheNetwork();
     void tls();
+    void certificatesThatAreSlowToRead();
+
+private:
+    [[nodiscard]] bool makeCertificate() const;
 };
+
+// certificate.pem and key.pem in the folder, for 127.0.0.1.
+bool TestEndpointLogins::makeCertificate() const
+{
+    return openssl(m_folder->path(),
+                   {u"req"_s, u"-x509"_s, u"-newkey"_s, u"rsa:2048"_s, u"-nodes"_s, u"-days"_s, u"2"_s,
+                    u"-subj"_s, u"/CN=Test"_s, u"-addext"_s, u"subjectAltName=IP:127.0.0.1"_s, u"-keyout"_s,
+                    u"key.pem"_s, u"-out"_s, u"certificate.pem"_s});
+}
 
 void TestEndpointLogins::logins_data()
 {
@@ -146,11 +161,7 @@ void TestEndpointLogins::passwordsStayOffTheNetwork()
 
 void TestEndpointLogins::tls()
 {
-    const QString folder = m_folder->path();
-    QVERIFY(openssl(folder,
-                    {u"req"_s, u"-x509"_s, u"-newkey"_s, u"rsa:2048"_s, u"-nodes"_s, u"-days"_s, u"2"_s,
-                     u"-subj"_s, u"/CN=Test"_s, u"-addext"_s, u"subjectAltName=IP:127.0.0.1"_s, u"-keyout"_s,
-                     u"key.pem"_s, u"-out"_s, u"certificate.pem"_s}));
+    QVERIFY(makeCertificate());
     const QString certificate = m_folder->filePath(u"certificate.pem"_s);
     QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
     tls.setLocalCertificate(QSslCertificate(contentOf(certificate)));
@@ -185,6 +196,35 @@ void TestEndpointLogins::tls()
     connectTo(m_settings);
     QVERIFY(!outcome(exec(anyRead)).startsWith(u"urn:"_s));
     QCOMPARE(m_server->requests.size(), 1);
+}
+
+// They lie in a folder that somebody has on another machine: nothing waits for it but what needs it.
+void TestEndpointLogins::certificatesThatAreSlowToRead()
+{
+    m_server->answer = [](const Request &request) { WebServer::reply(request, "200 OK", one, json); };
+    const QString never = m_folder->filePath(u"never.pem"_s);
+    const QString file = m_folder->filePath(u"slow.pem"_s);
+    for (const QString &path : {never, file})
+        QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    m_settings.certificateAuthority = never;
+    m_settings.timeout = 1s;
+    connectTo(m_settings);
+    const QString error = outcome(exec(anyRead));
+    QVERIFY2(error.contains(u"could not be read within 1 s"_s), qUtf8Printable(error));
+
+    m_settings.certificateAuthority = file;
+    m_settings.timeout = 60s;
+    connectTo(m_settings);
+    SparqlResult *update = exec(anyUpdate);
+    QCOMPARE(m_server->requests.size(), 0);
+    QVERIFY(makeCertificate());
+    QFile pipe(file);
+    QVERIFY(pipe.open(QIODevice::WriteOnly | QIODevice::Unbuffered)); // somebody reads there
+    const QByteArray pem = contentOf(m_folder->filePath(u"certificate.pem"_s));
+    QCOMPARE(pipe.write(pem), pem.size());
+    pipe.close();
+    QCOMPARE(outcome(exec(anyRead)), u"urn:a"_s);
+    QCOMPARE(outcome(update), QString());
 }
 
 QTEST_GUILESS_MAIN(TestEndpointLogins)

@@ -96,7 +96,8 @@ void TestHelperProcess::isPreparedBeforeItBegins()
             _exit(1);
     });
     QTRY_COMPARE_WITH_TIMEOUT(ended.size(), 1, s_waitMs);
-    QCOMPARE(process.readAllStandardOutput().trimmed(), QFileInfo(folder.path()).canonicalFilePath().toUtf8());
+    QCOMPARE(process.readAllStandardOutput().trimmed(),
+             QFileInfo(folder.path()).canonicalFilePath().toUtf8());
 }
 
 void TestHelperProcess::saysThatItDidNotStart()
