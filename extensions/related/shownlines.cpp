@@ -3,6 +3,7 @@
 
 #include <QFontMetricsF>
 #include <QPainter>
+#include <QRegularExpression>
 #include <QTextLayout>
 
 #include <algorithm>
@@ -11,6 +12,24 @@ namespace {
 
 // More is never seen, and laying out a text of any length takes time.
 constexpr qsizetype mostCharacters = 400;
+constexpr QChar mayBreak(0x200b); // of no width
+
+// A name of a file is one word, which is parted behind the signs that join its parts.
+QString partedAtJoints(QString text)
+{
+    static const QRegularExpression joint(QStringLiteral("(?<=[\\p{L}\\p{N}][-_./+])(?=[\\p{L}\\p{N}])"),
+                                          QRegularExpression::UseUnicodePropertiesOption);
+    return text.replace(joint, mayBreak);
+}
+
+QString elided(const QString &text, const QFontMetricsF &metrics, qreal width)
+{
+    const QChar ellipsis(0x2026);
+    QString line = metrics.elidedText(QString(text).remove(mayBreak).trimmed(), Qt::ElideRight, width);
+    while (line.size() > 1 && line.endsWith(ellipsis) && line.at(line.size() - 2).isSpace())
+        line.remove(line.size() - 2, 1);
+    return line;
+}
 
 } // namespace
 
@@ -26,22 +45,21 @@ QFont scaledFont(QFont font, qreal factor, QFont::Weight weight)
 
 ShownLines::ShownLines(const QString &text, const QFont &font, qreal width, int most) : m_font(font)
 {
-    const QString shown = text.left(mostCharacters).simplified();
+    const QString shown = partedAtJoints(text.left(mostCharacters).simplified());
     m_direction = shown.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
     const QFontMetricsF metrics(font);
+    const qreal lineWidth = std::max(width, 1.0);
     QTextLayout layout(shown, font);
-    QTextOption option;
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    layout.setTextOption(option);
+    layout.setTextOption(QTextOption()); // wraps between words
     layout.beginLayout();
     for (int number = 1; number <= most; ++number) {
         QTextLine line = layout.createLine();
         if (!line.isValid())
             break;
-        line.setLineWidth(std::max(width, 1.0));
-        const QString rest = shown.mid(line.textStart());
-        m_lines.append(number < most ? rest.left(line.textLength()).trimmed()
-                                     : metrics.elidedText(rest, Qt::ElideRight, std::max(width, 1.0)));
+        line.setLineWidth(lineWidth);
+        // A word that is wider than the line has one of its own.
+        const int length = number < most ? line.textLength() : -1;
+        m_lines.append(elided(shown.mid(line.textStart(), length), metrics, lineWidth));
     }
     layout.endLayout();
 }

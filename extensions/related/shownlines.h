@@ -10,7 +10,8 @@ class QRectF;
 // A font of the same family; `factor` of its size.
 [[nodiscard]] QFont scaledFont(QFont font, qreal factor, QFont::Weight weight);
 
-// A text in lines of a width. What does not fit into the last is elided.
+// A text in lines of a width, parted between words. What does not fit into the last is elided, and so is a
+// word that is wider than a line.
 class ShownLines
 {
 public:

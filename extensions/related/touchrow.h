@@ -29,7 +29,7 @@ public:
     // As if the keyboard had been there all the time.
     void mark();
 
-    static constexpr qreal Margin = 20; // as the lines of the details
+    static constexpr qreal Margin = 16; // as the lines of the details
     static constexpr qreal LowestTapped = 64; // what a finger hits
 
 Q_SIGNALS:

@@ -62,7 +62,9 @@ qreal VideoRow::heightAt(qreal) const
     const QFont title = titleFont(font());
     const qreal text = titleLines(title) * QFontMetricsF(title).lineSpacing()
         + (isBegun() ? QFontMetricsF(font()).lineSpacing() : 0);
-    return std::max(lowestRow, text + 2 * (lowestRow - pictureSize.height()) / 2);
+    // Large text keeps clear of the rows around it.
+    const qreal space = std::max(lowestRow - pictureSize.height(), 0.7 * QFontMetricsF(title).lineSpacing());
+    return std::max(lowestRow, text + space);
 }
 
 QString VideoRow::spoken() const

@@ -35,6 +35,13 @@ ExtensionPage::~ExtensionPage()
     delete m_frame; // lets go of the widget
 }
 
+// Lines run out under the heading instead of being cut there.
+void ExtensionPage::applyStyle()
+{
+    toolkit::ApplicationPage::applyStyle();
+    pannableViewport()->setGround(style().color(u"background"_s));
+}
+
 void ExtensionPage::keyPressEvent(QKeyEvent *event)
 {
     if (m_focusSight->moveByKey(event) || pannableViewport()->scrollByKey(event))

@@ -25,6 +25,7 @@ public:
 
 protected:
     void createContent() override;
+    void applyStyle() override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:

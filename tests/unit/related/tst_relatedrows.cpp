@@ -34,6 +34,8 @@ private Q_SLOTS:
     void everythingTappedIsHighEnough();
     void anyTitleFits_data();
     void anyTitleFits();
+    void aWordThatIsTooWideIsNotTornApart();
+    void noBlankStandsBeforeWhatIsLeftOut();
     void aTitleReadsInItsOwnDirection_data();
     void aTitleReadsInItsOwnDirection();
     void aPictureStaysWhereTheListIsSeen();
@@ -256,6 +258,36 @@ void TestRelatedRows::anyTitleFits()
     QVERIFY(lines.count() <= 2);
     for (const QString &line : lines.lines())
         QVERIFY2(QFontMetricsF(font).horizontalAdvance(line) <= 228, qPrintable(line));
+}
+
+// "Dragonflie" and, on the next line, "s over the lake", in text of twice the size.
+void TestRelatedRows::aWordThatIsTooWideIsNotTornApart()
+{
+    QFont font;
+    font.setPixelSize(44);
+    const QFontMetricsF metrics(font);
+    const ShownLines lines(u"Dragonflies over the lake"_s, font,
+                           metrics.horizontalAdvance(u"Dragonflies"_s) - 4, 9);
+    QVERIFY2(lines.lines().first().startsWith(u"Drag"_s) && lines.lines().first().endsWith(u'…'),
+             qPrintable(lines.lines().first()));
+    QCOMPARE(lines.lines().mid(1).join(u' '), u"over the lake"_s);
+
+    const QString file = u"VID_2024-01-01_123456.part1"_s;
+    const ShownLines parts(file, font, metrics.horizontalAdvance(u"VID_2024-01-"_s) + 1, 9);
+    QVERIFY(parts.count() > 1);
+    QCOMPARE(parts.lines().join(QString()), file);
+}
+
+void TestRelatedRows::noBlankStandsBeforeWhatIsLeftOut()
+{
+    QFont font;
+    font.setPixelSize(22);
+    const QString title = u"The summer of 1987, from the first ferry"_s;
+    const qreal whole = QFontMetricsF(font).horizontalAdvance(title);
+    for (qreal width = 40; width < whole; width += 7) {
+        const QString line = ShownLines(title, font, width, 1).lines().first();
+        QVERIFY2(line.endsWith(u'…') && !line.contains(u" …"_s), qPrintable(line));
+    }
 }
 
 // Its ellipsis and its points stand where it ends, also on a page that reads the other way.
