@@ -18,8 +18,6 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 constexpr unsigned s_threadEndMs = 2000;
-constexpr uint s_mostRecorded = 1000;
-constexpr qsizetype s_mostWaiting = 64;
 } // namespace
 
 StoreService::StoreService(const StorePaths &paths, const ReaderFactory &makeReader, QObject *parent)
@@ -31,6 +29,7 @@ StoreService::StoreService(const StorePaths &paths, const ReaderFactory &makeRea
       m_reader(makeReader()),
       m_indexer(std::make_unique<Indexer>(&m_library, m_reader.get(), &StoreService::equipmentOf)),
       m_facts(m_reader.get()),
+      m_recorded(&m_database, &m_library),
       m_follower(new FolderFollower)
 {
     qRegisterMetaType<QList<FoundFile>>();
@@ -93,10 +92,7 @@ void StoreService::connectFollower()
     connect(m_follower, &FolderFollower::digested, m_indexer.get(), &Indexer::onDigested);
     connect(this, &StoreService::rootAdded, m_follower, &FolderFollower::addRoot);
     // Files are compared with the store: not before all of that is known, and again when it is another.
-    connect(&m_library, &VideoLibrary::loaded, this, [this] {
-        answerRecorded();
-        followFolders();
-    });
+    connect(&m_library, &VideoLibrary::loaded, this, &StoreService::followFolders);
 }
 
 void StoreService::followFolders()
@@ -223,26 +219,16 @@ QVariantMap StoreService::Facts(const QString &urn)
 
 QList<int> StoreService::RecordedBetween(qlonglong from, qlonglong until, qlonglong around, uint most)
 {
-    if (m_library.isLoaded() || !calledFromDBus())
-        return m_library.table().recordedBetween(from, until, around, int(qMin(most, s_mostRecorded)));
-    if (m_waitingForVideos.size() == s_mostWaiting) {
-        sendErrorReply(QDBusError::LimitsExceeded, u"too many questions wait"_s);
+    if (!calledFromDBus())
         return {};
-    }
     setDelayedReply(true);
-    m_waitingForVideos.append(message());
-    return {};
-}
-
-void StoreService::answerRecorded()
-{
-    const QList<QDBusMessage> waiting = std::exchange(m_waitingForVideos, {});
-    for (const QDBusMessage &question : waiting) {
-        const QVariantList asked = question.arguments();
-        const QList<int> ids = RecordedBetween(asked.at(0).toLongLong(), asked.at(1).toLongLong(),
-                                               asked.at(2).toLongLong(), asked.at(3).toUInt());
+    const QDBusMessage question = message();
+    const auto answer = [question](const QList<int> &ids) {
         QDBusConnection::sessionBus().send(question.createReply(QVariant::fromValue(ids)));
-    }
+    };
+    if (!m_recorded.ask({from, until, around, int(qMin(most, uint(RecordedDesk::mostRows)))}, answer))
+        sendErrorReply(QDBusError::LimitsExceeded, u"too many questions wait"_s);
+    return {};
 }
 
 bool StoreService::Progress(uint &seen, uint &done)

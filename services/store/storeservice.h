@@ -6,6 +6,7 @@
 #include "factsdesk.h"
 #include "indexer.h"
 #include "peerserver.h"
+#include "recordeddesk.h"
 #include "storepaths.h"
 #include "userjournal.h"
 #include "videolibrary.h"
@@ -69,7 +70,6 @@ private:
     void followFolders();
     void checkOutsiders(const QSet<QString> &told, bool indexRuns);
     void answerWaiting();
-    void answerRecorded();
     void announceHealth(bool healthy);
     [[nodiscard]] static QString equipmentOf(const MediaReply &reply);
 
@@ -82,11 +82,11 @@ private:
     std::unique_ptr<MediaReader> m_reader;
     std::unique_ptr<Indexer> m_indexer;
     FactsDesk m_facts;
+    RecordedDesk m_recorded;
     QThread m_thread; // the follower's
     FolderFollower *m_follower;
     IndexMirror *m_mirror = nullptr;
     QStringList m_roots;
     QList<QDBusMessage> m_waitingForSocket;
-    QList<QDBusMessage> m_waitingForVideos;
     bool m_answerable = false; // there is a database to ask, or none will come soon
 };

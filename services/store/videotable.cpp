@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "videotable.h"
 
-#include <algorithm>
-#include <iterator>
-
 void VideoTable::put(const VideoRecord &record)
 {
     remove(record.urn);
@@ -73,22 +70,6 @@ QStringList VideoTable::urnsUnder(const QString &folder) const
          ++it)
         urns.append(it.value());
     return urns;
-}
-
-QList<int> VideoTable::recordedBetween(qint64 from, qint64 until, qint64 around, int most) const
-{
-    const auto begin = m_idsByCreation.lowerBound(from);
-    const auto end = m_idsByCreation.lowerBound(std::max(from, until));
-    // From the middle to both sides, whichever is nearer.
-    auto later = m_idsByCreation.lowerBound(std::clamp(around, from, std::max(from, until)));
-    auto earlier = later;
-    QList<int> ids;
-    while (ids.size() < most && (earlier != begin || later != end)) {
-        const bool isLater
-            = earlier == begin || (later != end && later.key() - around <= around - std::prev(earlier).key());
-        ids.append(isLater ? *later++ : *--earlier);
-    }
-    return ids;
 }
 
 QStringList VideoTable::urnsOfInode(const FileIdentity &identity) const

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "recordedtimes.h"
 #include "videorecord.h"
 
 #include <QHash>
@@ -28,9 +29,7 @@ public:
     [[nodiscard]] QStringList urnsOfContent(const FileIdentity &identity) const;
     // Some video whose digest is known has this size.
     [[nodiscard]] bool hasDigestOfSize(qint64 size) const { return m_digestsBySize.contains(size); }
-    // Store ids of videos that were recorded from one time until before another (seconds since 1970), those
-    // nearest to `around` first.
-    [[nodiscard]] QList<int> recordedBetween(qint64 from, qint64 until, qint64 around, int most) const;
+    [[nodiscard]] const RecordedTimes &recordedTimes() const { return m_idsByCreation; }
     [[nodiscard]] QStringList urns() const { return m_records.keys(); }
 
 private:
@@ -39,7 +38,7 @@ private:
     QHash<QString, VideoRecord> m_records;
     QMap<QString, QString> m_urnByPath;
     QHash<int, QString> m_urnById;
-    QMultiMap<qint64, int> m_idsByCreation; // seconds since 1970
+    RecordedTimes m_idsByCreation;
     QMultiHash<Inode, QString> m_urnsByInode;
     QMultiHash<QByteArray, QString> m_urnsByDigest;
     QHash<qint64, int> m_digestsBySize; // how many
