@@ -21,5 +21,5 @@ kestrel_media_test(media_tls SOURCES ../support/mountnamespace.cpp ../support/mo
 kestrel_media_test(media_protected TIMEOUT 180)
 kestrel_media_test(media_codecs LINK PkgConfig::GSTREAMER TIMEOUT 180)
 kestrel_media_test(media_sound TIMEOUT 180)
-kestrel_media_test(media_emptystreams TIMEOUT 180)
+kestrel_media_test(media_emptystreams LINK PkgConfig::GSTREAMER TIMEOUT 180)
 kestrel_media_test(media_badinput SOURCES ../support/faultcollection.cpp ../support/faultcollection.h TIMEOUT 240)

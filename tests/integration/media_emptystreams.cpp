@@ -2,11 +2,17 @@
 #include "support/playback.h"
 #include "support/testclips.h"
 
+#include <platform/media/gst/emptystreams.h>
+#include <platform/media/gst/playbackfaults.h>
+
 #include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QUrl>
+
+#include <functional>
+#include <memory>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -32,6 +38,42 @@ QString shortSound(const QString &path, const QStringList &codecs)
                + codecs + QStringList{path});
 }
 
+struct Unref
+{
+    void operator()(GstElement *element) const { gst_object_unref(element); }
+};
+using Element = std::unique_ptr<GstElement, Unref>;
+
+Element make(const char *factory)
+{
+    GstElement *element = gst_element_factory_make(factory, nullptr);
+    return Element(element ? static_cast<GstElement *>(gst_object_ref_sink(element)) : nullptr);
+}
+
+bool seek(GstElement *player, GstClockTime place)
+{
+    return gst_element_seek_simple(player, GST_FORMAT_TIME,
+                                   GstSeekFlags(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), gint64(place))
+        != FALSE;
+}
+
+// Until this message is said; what is said meanwhile is noted.
+bool waitFor(GstElement *player, PlaybackFaults *faults, const std::function<bool(GstMessage *)> &isIt)
+{
+    GstBus *bus = gst_element_get_bus(player);
+    bool isSaid = false;
+    while (!isSaid) {
+        GstMessage *message = gst_bus_timed_pop(bus, Patience * GST_MSECOND);
+        if (message == nullptr)
+            break;
+        faults->note(message);
+        isSaid = isIt(message);
+        gst_message_unref(message);
+    }
+    gst_object_unref(bus);
+    return isSaid;
+}
+
 } // namespace
 
 // What one stream of a file lacks keeps the other one from nobody.
@@ -42,6 +84,7 @@ class EmptyStreamsTest : public QObject
 private Q_SLOTS:
     void goesOnBehindTheEndOfTheSound_data();
     void goesOnBehindTheEndOfTheSound();
+    void aSearchBackTellsThatThereIsSoundAgain();
     void playsWithASoundThatIsOnlyAnnounced_data();
     void playsWithASoundThatIsOnlyAnnounced();
     void givesUpSoonWithoutAPicture();
@@ -88,6 +131,37 @@ void EmptyStreamsTest::goesOnBehindTheEndOfTheSound()
     QCOMPARE(playback.events.join(u' '), u"playing end"_s);
     QVERIFY2(playback.frames >= 15 && playback.frames <= 60,
              qPrintable(playback.story())); // of a hundred
+}
+
+// Somebody searches back from behind the end of the sound: what a decoder complains of there is no emptiness.
+void EmptyStreamsTest::aSearchBackTellsThatThereIsSoundAgain()
+{
+    QCOMPARE(shortSound(path(u"back.mkv"_s),
+                        {u"-c:v"_s, u"libx264"_s, u"-preset"_s, u"ultrafast"_s, u"-g"_s, u"25"_s, u"-c:a"_s,
+                         u"libvorbis"_s}),
+             QString());
+    gst_init(nullptr, nullptr);
+    const Element player = make("playbin3");
+    const QByteArray uri = address(u"back.mkv"_s).toUtf8();
+    g_object_set(player.get(), "uri", uri.constData(), "video-sink", make("fakesink").release(), "audio-sink",
+                 make("fakesink").release(), nullptr);
+    bridgeEmptyStreams(player.get());
+    const Element decoder = make("vorbisdec");
+    GstMessage *complaint = gst_message_new_error(
+        GST_OBJECT(decoder.get()), g_error_new_literal(GST_STREAM_ERROR, GST_STREAM_ERROR_DECODE, ""), "");
+    PlaybackFaults faults;
+    gst_element_set_state(player.get(), GST_STATE_PAUSED);
+    QVERIFY(waitFor(player.get(), &faults,
+                    [](GstMessage *message) { return GST_MESSAGE_TYPE(message) == GST_MESSAGE_ASYNC_DONE; }));
+    QVERIFY(!faults.isOfNoMatter(complaint));
+    QVERIFY(seek(player.get(), 3 * GST_SECOND));
+    QVERIFY(waitFor(player.get(), &faults, tellsEmptySound));
+    QVERIFY(faults.isOfNoMatter(complaint));
+    QVERIFY(seek(player.get(), 0));
+    QVERIFY(waitFor(player.get(), &faults, tellsBegunSound));
+    QVERIFY(!faults.isOfNoMatter(complaint));
+    gst_message_unref(complaint);
+    gst_element_set_state(player.get(), GST_STATE_NULL);
 }
 
 void EmptyStreamsTest::playsWithASoundThatIsOnlyAnnounced_data()

@@ -27,7 +27,7 @@ bool isWanted(GstMessage *message, GstElement *pipeline)
     case GST_MESSAGE_STATE_CHANGED:
         return GST_MESSAGE_SRC(message) == GST_OBJECT(pipeline);
     case GST_MESSAGE_ELEMENT:
-        return gst_is_missing_plugin_message(message) || tellsEmptySound(message)
+        return gst_is_missing_plugin_message(message) || tellsEmptySound(message) || tellsBegunSound(message)
             || tellsEmptyPicture(message);
     case GST_MESSAGE_NEED_CONTEXT:
         return PlaybackFaults::asksForKey(message);

@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 namespace {
 
 constexpr const char *EmptySound = "kestrel-empty-sound";
+constexpr const char *BegunSound = "kestrel-begun-sound";
 constexpr const char *EmptyPicture = "kestrel-empty-picture";
 
 constexpr int Buffers = GST_PAD_PROBE_TYPE_BUFFER | GST_PAD_PROBE_TYPE_BUFFER_LIST;
@@ -19,6 +21,7 @@ struct Begun
 {
     GstSegment segment;
     bool has = false;
+    bool wasEmpty = false; // has ended without having begun, and was not begun elsewhere since
 };
 
 using Stream = std::unique_ptr<GstStream, decltype(&gst_object_unref)>;
@@ -97,6 +100,14 @@ void tell(GstPad *pad, const char *name)
     gst_object_unref(parser);
 }
 
+void hasBegun(GstPad *pad)
+{
+    GstPad *peer = gst_pad_get_peer(pad);
+    if (const Stream stream = streamOf(peer); isOf(stream.get(), GST_STREAM_TYPE_AUDIO))
+        tell(pad, BegunSound);
+    gst_clear_object(&peer);
+}
+
 void ends(GstPad *pad)
 {
     GstPad *peer = gst_pad_get_peer(pad);
@@ -114,8 +125,12 @@ GstPadProbeReturn passed(GstPad *pad, GstPadProbeInfo *info, gpointer self)
 {
     auto *begun = static_cast<Begun *>(self);
     if ((info->type & Buffers) != 0) {
-        begun->has = begun->has || (info->type & GST_PAD_PROBE_TYPE_BUFFER_LIST) != 0
+        if (begun->has)
+            return GST_PAD_PROBE_OK;
+        begun->has = (info->type & GST_PAD_PROBE_TYPE_BUFFER_LIST) != 0
             || isPart(GST_PAD_PROBE_INFO_BUFFER(info), begun->segment);
+        if (begun->has && std::exchange(begun->wasEmpty, false))
+            hasBegun(pad);
         return GST_PAD_PROBE_OK;
     }
     GstEvent *event = GST_PAD_PROBE_INFO_EVENT(info);
@@ -132,8 +147,10 @@ GstPadProbeReturn passed(GstPad *pad, GstPadProbeInfo *info, gpointer self)
         begins(pad);
         break;
     case GST_EVENT_EOS:
-        if (!begun->has)
+        if (!begun->has) {
+            begun->wasEmpty = true;
             ends(pad);
+        }
         break;
     default:
         break;
@@ -169,6 +186,11 @@ void added(GstBin *playbin, GstBin *bin, GstElement *element, gpointer self)
 bool tellsEmptySound(GstMessage *message)
 {
     return gst_message_has_name(message, EmptySound) != FALSE;
+}
+
+bool tellsBegunSound(GstMessage *message)
+{
+    return gst_message_has_name(message, BegunSound) != FALSE;
 }
 
 bool tellsEmptyPicture(GstMessage *message)

@@ -28,7 +28,8 @@ void PlaybackFaults::note(GstMessage *message)
 {
     if (gst_is_missing_plugin_message(message) != FALSE)
         noteMissing(message);
-    m_soundIsEmpty = m_soundIsEmpty || tellsEmptySound(message);
+    // In the order in which it happened: a complaint about the emptiness may come behind a search.
+    m_soundIsEmpty = (m_soundIsEmpty && !tellsBegunSound(message)) || tellsEmptySound(message);
 }
 
 void PlaybackFaults::noteMissing(GstMessage *message)

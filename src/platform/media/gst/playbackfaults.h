@@ -17,8 +17,8 @@ public:
         QString text; // for the log
     };
 
-    // What an element tells: another one that is not installed, a sound that never begins. Whether that
-    // matters is not known before something fails.
+    // What an element tells: another one that is not installed, a sound that never begins, or does after all.
+    // Whether that matters is not known before something fails.
     void note(GstMessage *message);
     // A demuxer asks for whoever has the key. Nobody has, and it fails without a word about it.
     [[nodiscard]] static bool asksForKey(GstMessage *message);
