@@ -12,7 +12,8 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr int s_turnMs = 20; // how long a turn of the event loop may read
+// How long a turn of the event loop may read: what a client asks meanwhile takes several turns.
+constexpr int s_turnMs = 4;
 
 const QString s_allRecords
     = u"SELECT ?video tracker:id(?video) ?url ?fileName ?title ?runTime ?count ?played ?file ?created WHERE "
