@@ -26,7 +26,9 @@ QString elided(const QString &text, const QFontMetricsF &metrics, qreal width)
 {
     const QChar ellipsis(0x2026);
     QString line = metrics.elidedText(QString(text).remove(mayBreak).trimmed(), Qt::ElideRight, width);
-    while (line.size() > 1 && line.endsWith(ellipsis) && line.at(line.size() - 2).isSpace())
+    const auto standsAlone
+        = [](QChar character) { return character.isSpace() || QStringView(u".,\u060c").contains(character); };
+    while (line.size() > 1 && line.endsWith(ellipsis) && standsAlone(line.at(line.size() - 2)))
         line.remove(line.size() - 2, 1);
     return line;
 }

@@ -34,6 +34,12 @@ bool isTabular(QChar character)
     return character.isDigit();
 }
 
+// What would look lost, or like a fourth point, before an ellipsis.
+bool standsAlone(QChar character)
+{
+    return character.isSpace() || QStringView(u".,\u060c\u2026").contains(character);
+}
+
 // Of the ten digits of the writing that the text's digits are of.
 qreal widestDigit(const QString &text, const QFont &font)
 {
@@ -97,8 +103,7 @@ FormattedText TextLayouter::elided(const FormattedText &text, int lastLineStart,
     const auto candidate = [&](int cut) {
         FormattedText part{text.text.left(cut), formatsWithin(text.formats, 0, cut)};
         // Also what stands for the rest of a word that was cut itself.
-        while (part.text.size() > lastLineStart
-               && (part.text.back().isSpace() || part.text.back() == ellipsis.front()))
+        while (part.text.size() > lastLineStart && standsAlone(part.text.back()))
             part.text.chop(1);
         part.formats = formatsWithin(part.formats, 0, int(part.text.size()));
         part.text += ellipsis;

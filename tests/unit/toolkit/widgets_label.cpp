@@ -52,6 +52,7 @@ class WidgetsLabel : public QObject
 private Q_SLOTS:
     void cleanup() { Theme::instance()->setTextScale(1); }
     void aLongTitleIsElidedAtTheEndOfItsSecondLine();
+    void nothingLostStandsBeforeAnEllipsis();
     void aTitleThatFitsIsLeftAlone();
     void noSingleWordIsLeftForTheLastLine();
     void aTextThatIsBrokenWithinWordsIsNotBalanced();
@@ -89,6 +90,20 @@ void WidgetsLabel::aLongTitleIsElidedAtTheEndOfItsSecondLine()
     QVERIFY(layouter.size().width() <= 226);
     // Not one more character would have fitted.
     QVERIFY(layouter.shownText().size() > 30);
+}
+
+// "and the second cake.…", of the name of a file.
+void WidgetsLabel::nothingLostStandsBeforeAnEllipsis()
+{
+    TextLayouter layouter;
+    const QString name = u"The candles, the cake.mkv"_s;
+    layouter.layOut({name, {}}, settingsFor(-1, 1));
+    const qreal whole = layouter.size().width();
+    for (qreal width = 60; width < whole - 1; width += 5) {
+        layouter.layOut({name, {}}, settingsFor(width, 1));
+        const QString shown = layouter.shownText();
+        QVERIFY2(shown.endsWith(ellipsis) && shown.at(shown.size() - 2).isLetter(), qPrintable(shown));
+    }
 }
 
 void WidgetsLabel::aTitleThatFitsIsLeftAlone()
