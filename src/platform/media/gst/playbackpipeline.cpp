@@ -3,6 +3,7 @@
 
 #include "audiosink.h"
 #include "decoderinputs.h"
+#include "earlyends.h"
 #include "emptystreams.h"
 #include "networksource.h"
 #include "passedpictures.h"
@@ -50,6 +51,7 @@ bool PlaybackPipeline::build(const QString &uri, GstElement *videoSink, RateChan
     setUpNetworkSources(m_playbin);
     parseInDecoder(m_playbin);
     bridgeEmptyStreams(m_playbin);
+    holdEarlyEnds(m_playbin);
     leavePassedPicturesOut(m_playbin);
     watchDecoderInputs(m_playbin);
     m_typeReports = std::make_shared<TypeReports>();
