@@ -5,6 +5,7 @@
 #include "decoderinputs.h"
 #include "earlyends.h"
 #include "emptystreams.h"
+#include "latecollections.h"
 #include "networksource.h"
 #include "passedpictures.h"
 #include "playableaddress.h"
@@ -50,6 +51,7 @@ bool PlaybackPipeline::build(const QString &uri, GstElement *videoSink, RateChan
                  nullptr);
     setUpNetworkSources(m_playbin);
     parseInDecoder(m_playbin);
+    dropLateCollections(m_playbin);
     bridgeEmptyStreams(m_playbin);
     holdEarlyEnds(m_playbin);
     leavePassedPicturesOut(m_playbin);
