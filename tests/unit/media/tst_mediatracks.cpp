@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "testclips.h"
 
+#include <platform/media/gst/filechapters.h>
 #include <platform/media/gst/gstmediabackend.h>
 #include <platform/media/trackchoice.h>
 
@@ -9,6 +10,8 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUrl>
+#include <QtEndian>
 
 using namespace std::chrono_literals;
 using namespace Qt::Literals::StringLiterals;
@@ -52,6 +55,9 @@ private Q_SLOTS:
     void aFileThatIsNoSubtitleIsNotOffered();
     void aRemovedTrackIsNoTrack();
     void chaptersAreListed();
+    void chaptersOfAnMp4AreListed();
+    void damagedChaptersAreNone_data();
+    void damagedChaptersAreNone();
     void playsASectionAgainAndAgain();
     void aSectionUpToTheEnd();
     void aSeekOutEndsTheLoop();
@@ -383,6 +389,68 @@ void MediaTracksTest::aRemovedTrackIsNoTrack()
     QTRY_COMPARE_WITH_TIMEOUT(m_backend->subtitleTrack(), u"file:plain.srt"_s, Patience);
     m_backend->selectSubtitleTrack(u"file:plain.it.srt"_s);
     QCOMPARE(m_backend->subtitleTrack(), u"file:plain.srt"_s);
+}
+
+void MediaTracksTest::chaptersOfAnMp4AreListed()
+{
+    QVERIFY(testclips::run({u"-i"_s, path(u"film.mkv"_s), u"-map"_s, u"0:v"_s, u"-map"_s, u"0:a"_s, u"-c"_s,
+                            u"copy"_s, path(u"film #1.mp4"_s)}));
+    playFrom(u"film #1.mp4"_s, 0);
+    QTRY_COMPARE(m_backend->chapters(),
+                 QList<MediaChapter>({{0s, 4s, u"Opening"_s}, {4s, 0s, u"The rest"_s}}));
+}
+
+void MediaTracksTest::damagedChaptersAreNone_data()
+{
+    QTest::addColumn<QByteArray>("list");
+    QTest::addColumn<int>("chapters");
+    const QByteArray start = QByteArray::fromHex("0000000000000000");
+    const QByteArray head = QByteArray::fromHex("0100000000000000");
+    QTest::newRow("one") << head + '\x01' + start
+            + "\x01"
+              "A" << 1;
+    QTest::newRow("of the first version") << QByteArray::fromHex("00000000") + '\x01' + start
+            + "\x01"
+              "A" << 1;
+    QTest::newRow("without a title") << head + '\x01' + start + '\0' << 1;
+    QTest::newRow("nothing") << QByteArray() << 0;
+    QTest::newRow("no number") << head << 0;
+    QTest::newRow("more than there are") << head + '\xff' + start
+            + "\x01"
+              "A" << 0;
+    QTest::newRow("a title that is cut off") << head + '\x01' + start
+            + "\x09"
+              "A" << 0;
+    QTest::newRow("a time that is none") << head + '\x01' + QByteArray(8, '\xff')
+            + "\x01"
+              "A" << 0;
+}
+
+void MediaTracksTest::damagedChaptersAreNone()
+{
+    QFETCH(QByteArray, list);
+    QFETCH(int, chapters);
+    const auto box = [](const QByteArray &type, const QByteArray &content) {
+        QByteArray size(4, '\0');
+        qToBigEndian(quint32(content.size() + 8), size.data());
+        return size + type + content;
+    };
+    const QByteArray before = box("ftyp", "isom") + box("free", QByteArray(100, 'x'));
+    const QByteArray file = before + box("moov", box("mvhd", "") + box("udta", box("chpl", list)));
+    write(path(u"list.mp4"_s), file);
+    const QString uri = QUrl::fromLocalFile(path(u"list.mp4"_s)).toString();
+    QCOMPARE(fileChapters(uri).size(), chapters);
+    // Cut off anywhere, and with boxes that say to be of any size.
+    for (qsizetype length = 0; length < file.size(); ++length) {
+        write(path(u"list.mp4"_s), file.first(length));
+        QCOMPARE(fileChapters(uri).size(), 0);
+    }
+    for (const quint32 size : {0U, 1U, 7U, 8U, 0x7fffffffU, 0xffffffffU}) {
+        QByteArray strange = file;
+        qToBigEndian(size, strange.data() + before.size());
+        write(path(u"list.mp4"_s), strange);
+        QVERIFY(fileChapters(uri).size() <= chapters);
+    }
 }
 
 void MediaTracksTest::chaptersAreListed()

@@ -230,6 +230,7 @@ void PlaybackSession::becomeReady()
     watchStream();
     Q_EMIT opened(m_videoSink->pictureSize(), m_duration, m_seekable);
     m_videoSink->openGate();
+    QMetaObject::invokeMethod(this, &PlaybackSession::tellFileChapters, Qt::QueuedConnection);
     if (std::exchange(m_didNotOpenWithSound, false) && hasPicture())
         Q_EMIT complained(int(PlaybackFault::NoAudioDevice), u"it does not open with the audio device"_s);
     if (hasPicture())

@@ -87,6 +87,7 @@ private:
     [[nodiscard]] bool opensSilently(int code);
     void handleTracks(GstMessage *message);
     [[nodiscard]] bool chooseSound();
+    void tellFileChapters();
     void tellSounds();
     void handleBuffering(GstMessage *message);
     void seekDone(bool exact);

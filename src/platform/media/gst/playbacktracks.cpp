@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The tracks and chapters of what a session plays.
 #include "chapters.h"
+#include "filechapters.h"
+#include "playableaddress.h"
 #include "playbacksession.h"
 
 #include <algorithm>
@@ -28,6 +30,15 @@ void PlaybackSession::handleTracks(GstMessage *message)
     default:
         break;
     }
+}
+
+// Not before the first picture, which waits for no disk.
+void PlaybackSession::tellFileChapters()
+{
+    if (m_phase != Phase::Ready || !isFileAddress(m_request.uri))
+        return;
+    if (const QList<MediaChapter> chapters = fileChapters(m_request.uri); !chapters.isEmpty())
+        Q_EMIT chaptersFound(chapters);
 }
 
 void PlaybackSession::tellSounds()
