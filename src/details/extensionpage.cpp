@@ -53,6 +53,7 @@ void ExtensionPage::keyPressEvent(QKeyEvent *event)
 void ExtensionPage::createContent()
 {
     toolkit::ApplicationPage::createContent();
+    applyStyle(); // the name of its style was given before it was this page
     if (!m_content)
         return;
     m_frame = new ExtensionFrame(m_content, ExtensionFrame::Place::OwnPage);

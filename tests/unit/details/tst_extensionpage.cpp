@@ -2,9 +2,13 @@
 #include "details/extensionpage.h"
 #include "detailsfixture.h"
 
+#include "platform/toolkit/pannableviewport.h"
+
 #include <kestrel/playerhostinterface.h>
 
+#include <QGraphicsScene>
 #include <QGraphicsWidget>
+#include <QPainter>
 #include <QSignalSpy>
 
 #include <limits>
@@ -51,6 +55,7 @@ private Q_SLOTS:
     void sizesThatNoPageHas_data();
     void sizesThatNoPageHas();
     void whatIsHighIsScrolled();
+    void whatIsScrolledRunsOutUnderTheTitle();
     void whatGrowsIsScrolledFurther();
     void whatMayGrowFillsThePage_data();
     void whatMayGrowFillsThePage();
@@ -108,6 +113,35 @@ void ExtensionPageTest::sizesThatNoPageHas()
     QVERIFY2(place.height() >= 0 && place.height() <= 100'000, qPrintable(QString::number(place.height())));
     QCOMPARE(content.scenePos().x(), 0.0);
     QVERIFY(qIsFinite(content.scenePos().y()));
+}
+
+// Lines were cut there.
+void ExtensionPageTest::whatIsScrolledRunsOutUnderTheTitle()
+{
+    class Magenta : public Sized
+    {
+    public:
+        using Sized::Sized;
+        void paint(QPainter *painter, const QStyleOptionGraphicsItem *, QWidget *) override
+        {
+            painter->fillRect(rect(), Qt::magenta);
+        }
+    };
+    Magenta content({0, 3000}, {480, 3000});
+    show(&content);
+    toolkit::PannableViewport *viewport = m_page->pannableViewport();
+    QTRY_VERIFY(viewport->range().height() > 1000);
+    viewport->setPosition({0, 500});
+    const QRectF area = viewport->mapRectToScene(viewport->rect());
+    QImage image(480, 854, QImage::Format_RGB32);
+    QPainter painter(&image);
+    f.window.scene()->render(&painter, image.rect(), QRectF(0, 0, 480, 854));
+    painter.end();
+    // Magenta, and every ground is grey.
+    const auto colour = [&](qreal y) { return image.pixelColor(240, int(y)).hsvSaturation(); };
+    QCOMPARE(colour(area.center().y()), 255);
+    QVERIFY2(colour(area.top() + 1) < 150, qPrintable(QString::number(colour(area.top() + 1))));
+    QVERIFY2(colour(area.bottom() - 2) < 150, qPrintable(QString::number(colour(area.bottom() - 2))));
 }
 
 void ExtensionPageTest::whatIsHighIsScrolled()
