@@ -119,15 +119,25 @@ class Control(control.Case):
 
     def test_fifty_videos_one_after_another_take_no_more_memory_than_ten(self):
         self.start_with_the_library()
-        sizes = []
-        for number in range(50):
-            path = (self.first, self.second)[number % 2]
-            self.play(path, 5)
-            self.wait_until_it_plays(path, 5)
-            sizes.append(self.resident())
-        print("resident with each video, MB:", " ".join(f"{size:.0f}" for size in sizes))
-        # How many decoded pictures a video holds when it is looked at differs by 15 MB: the larger ones are compared.
-        self.assertLess(sorted(sizes[40:])[-3] - sorted(sizes[5:15])[-3], 4)
+
+        def growth():
+            sizes = []
+            for number in range(50):
+                path = (self.first, self.second)[number % 2]
+                self.play(path, 5)
+                self.wait_until_it_plays(path, 5)
+                sizes.append(self.resident())
+            print("resident with each video, MB:", " ".join(f"{size:.0f}" for size in sizes))
+            # How many decoded pictures a video holds when it is looked at differs by 15 MB: the larger ones are compared.
+            return sorted(sizes[40:])[-3] - sorted(sizes[5:15])[-3]
+        self.assertGrowsNot(growth)
+
+    def assertGrowsNot(self, growth):
+        """By 4 MB or more; what is lost each time is lost the second time, too, and a cache that fills is not."""
+        grown = growth()
+        if grown >= 4:
+            grown = growth()
+        self.assertLess(grown, 4)
 
     def test_hostile_callers_leave_the_program_as_it_was(self):
         self.start_with_the_library()
@@ -139,21 +149,24 @@ class Control(control.Case):
                                    str(count), *vanish], timeout=60, check=False).returncode
         kinds = (("wrong-signature", 5000, 0), ("no-member", 5000, 0), ("empty", 5000, 0), ("empty-address", 2000, 0), ("playlist", 5000, 0),
                  ("launch", 5000, 0), ("megabyte", 20, 0), ("many", 3, 0), ("invalid-utf8", 1, 3), ("play", 5000, 0))
-        sizes = []
-        for _ in range(8):
-            for kind, count, status in kinds:
-                with self.subTest(kind):
-                    self.assertEqual(torment(kind, count), status)
-                    self.assertIsNone(self.tour.program.poll())
-            self.assertEqual(torment("mixed", 1000, "vanish"), 0)
-            # The next decent caller is served at once.
-            self.play(self.second, 5)
-            self.wait_until_it_plays(self.second, 5)
-            sizes.append(self.resident())
-        print("resident after each round, MB:", ", ".join(f"{size:.1f}" for size in sizes))
-        # What is kept stays in every later round; frames and decoders of the moment, up to 10 MB, come and go: of three
-        # rounds one at least has none. In five rounds between them 4 MB are 25 bytes a call.
-        self.assertLess(min(sizes[5:]) - min(sizes[:3]), 4)
+
+        def growth():
+            sizes = []
+            for _ in range(8):
+                for kind, count, status in kinds:
+                    with self.subTest(kind):
+                        self.assertEqual(torment(kind, count), status)
+                        self.assertIsNone(self.tour.program.poll())
+                self.assertEqual(torment("mixed", 1000, "vanish"), 0)
+                # The next decent caller is served at once.
+                self.play(self.second, 5)
+                self.wait_until_it_plays(self.second, 5)
+                sizes.append(self.resident())
+            print("resident after each round, MB:", ", ".join(f"{size:.1f}" for size in sizes))
+            # What is kept stays in every later round; frames and decoders of the moment, up to 10 MB, come and go: of three
+            # rounds one at least has none. In five rounds between them 4 MB are 25 bytes a call.
+            return min(sizes[5:]) - min(sizes[:3])
+        self.assertGrowsNot(growth)
 
     # --- callers of the command line, and names
 

@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """What the end-to-end tests share: a home with a few clips, the program as a person meets it."""
+import contextlib
+import ctypes
 import json
 import os
 import pathlib
@@ -53,6 +55,75 @@ def alive(pid):
         return ") Z" not in pathlib.Path(f"/proc/{pid}/stat").read_text()
     except OSError:
         return False
+
+
+TRACE_SEIZE, TRACE_INTERRUPT, TRACE_SYSCALL, TRACE_DETACH = 0x4206, 0x4207, 24, 17
+ANY_CHILD = 0x40000000  # __WALL: also threads
+libc = ctypes.CDLL(None, use_errno=True)
+
+
+def trace(request, thread):
+    if libc.ptrace(request, thread, None, None) != 0:
+        error = ctypes.get_errno()
+        raise OSError(error, f"thread {thread}: {os.strerror(error)}")
+
+
+def thread_named(process, name):
+    for comm in pathlib.Path(f"/proc/{process}/task").glob("*/comm"):
+        try:
+            if comm.read_text() == name + "\n":
+                return int(comm.parent.name)
+        except OSError:  # it has ended meanwhile
+            pass
+    return None
+
+
+def descriptors_beyond(process, path, place):
+    """Those by which the program has read more than so many bytes of a file."""
+    for link in pathlib.Path(f"/proc/{process}/fd").iterdir():
+        try:
+            if os.readlink(link) == str(path):
+                told = pathlib.Path(f"/proc/{process}/fdinfo/{link.name}").read_text()
+                if int(told.split("pos:")[1].split()[0]) > place:
+                    yield int(link.name)
+        except OSError:  # closed meanwhile
+            pass
+
+
+def is_reading(process, thread, descriptors):
+    """At the edge of a system call that reads: elsewhere a thread may hold what the others wait for."""
+    told = pathlib.Path(f"/proc/{process}/task/{thread}/syscall").read_text().split()
+    return any(int(argument, 16) in descriptors for argument in told[1:3])
+
+
+@contextlib.contextmanager
+def reading_held(process, name, path, beyond=0):
+    """Stops the thread of a program that this process started while it reads a file, after so many bytes of it, and lets it
+    go on at the end; all other threads go on. What takes a second on one machine and a minute on another is then seen on both.
+    Whoever kills the program meanwhile waits for its end after this."""
+    end = time.monotonic() + 30
+    while (thread := thread_named(process, name)) is None or not (descriptors := set(descriptors_beyond(process, path, beyond))):
+        if time.monotonic() > end:
+            raise AssertionError(f"no thread {name} reads {path}")
+        time.sleep(0.001)
+    try:
+        trace(TRACE_SEIZE, thread)
+    except PermissionError as error:
+        print(f"{name} is not held: {error}", file=sys.stderr)  # then it takes as long as the file is large
+        yield
+        return
+    trace(TRACE_INTERRUPT, thread)
+    os.waitpid(thread, ANY_CHILD)
+    while not is_reading(process, thread, descriptors):
+        trace(TRACE_SYSCALL, thread)
+        os.waitpid(thread, ANY_CHILD)
+    try:
+        yield
+    finally:
+        try:
+            trace(TRACE_DETACH, thread)
+        except ProcessLookupError:  # the program was killed, and waits for this
+            os.waitpid(thread, ANY_CHILD)
 
 
 class Bus:

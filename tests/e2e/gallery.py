@@ -324,12 +324,19 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
             self.wait("the player", lambda image: touring.difference(image, before) > 12)
             time.sleep(2.5)
             self.keep("player-playing")
-            self.show_controls()
-            time.sleep(0.8)
-            self.keep("player-controls")
+            self.keep("player-controls", self.controls_over_the_film())
             self.screen.key("space")
+            self.keep("player-paused", self.rest())
+
+    def controls_over_the_film(self):
+        """All of them, before they go again."""
+        for _ in range(6):
+            self.bring_controls("the controls")
             time.sleep(0.8)
-            self.keep("player-paused")
+            image = self.look()
+            if self.controls_shown(image):
+                return image
+        raise touring.Failed("the controls go too soon")
 
     # What the menu of the player's bar leads to, for a stored video and for one that is only here.
     PLAYER_MENU = ("share", "rename", "delete")
@@ -406,9 +413,9 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
                 self.screen.key("ctrl+a")
                 self.screen.type("Island")
                 self.screen.key("Return")
-                self.wait("the progress", lambda image: touring.difference(image, form) > 1)
-                time.sleep(0.8)
-                self.keep("save-as-progress")
+                with e2e.reading_held(self.program.pid, "save-as copy", video, LARGE // 4):
+                    self.wait("the progress", lambda image: touring.difference(image, form) > 1)
+                    self.keep("save-as-progress", self.rest())
                 self.screen.key("Escape")
         finally:
             shutil.rmtree(folder)

@@ -16,8 +16,9 @@ class Leftovers(playermenu_test.SaveAs):
         self.open_form()
         self.tour.screen.type("Holiday")
         self.tour.screen.key("Return")
-        self.await_node(Atspi.Role.PROGRESS_BAR, "Saving “Holiday.mp4”")
-        self.tour.program.kill()
+        with self.copy_held():
+            self.await_node(Atspi.Role.PROGRESS_BAR, "Saving “Holiday.mp4”")
+            self.tour.program.kill()
         self.tour.program.wait(10)
         self.assertEqual([name for name in self.saved() if not name.startswith(".")], [self.taken.name])
         left, other = self.videos / ".save-as-0123456789abcdef.part", self.videos / ".not-ours.part"

@@ -20,6 +20,7 @@ struct Fault
     const char *name;
     QString address;
     int code;
+    int orCode = code;
 };
 
 } // namespace
@@ -126,7 +127,8 @@ void WebFaultsTest::prepare()
         {"stalls and no ranges", web(u"norange+stall=0.1/long.mp4"_s), 304},
         {"stalls in the head", web(u"stall=0.0005/clip.mp4"_s), 301},
         {"a list of parts that are not there", web(u"plain/parts.m3u8"_s), 300},
-        {"shorter than it says", web(u"longer=500000/clip.webm"_s), 301},
+        // Whether a picture comes before the end of it is found is a race of two threads.
+        {"shorter than it says", web(u"longer=500000/clip.webm"_s), 301, 304},
     };
     for (const Fault &fault : m_faults)
         m_playbacks[fault.name] = std::make_unique<Playback>(fault.address);
@@ -135,17 +137,19 @@ void WebFaultsTest::prepare()
 void WebFaultsTest::faults_data()
 {
     QTest::addColumn<int>("code");
+    QTest::addColumn<int>("orCode");
     for (const Fault &fault : std::as_const(m_faults))
-        QTest::newRow(fault.name) << fault.code;
+        QTest::newRow(fault.name) << fault.code << fault.orCode;
 }
 
 void WebFaultsTest::faults()
 {
     QFETCH(int, code);
+    QFETCH(int, orCode);
     Playback &playback = *m_playbacks.at(QTest::currentDataTag());
     QVERIFY2(playback.waitUntilOver(Patience), qPrintable(playback.story()));
     qInfo("%s", qPrintable(playback.story()));
-    QVERIFY2(playback.code == code, qPrintable(playback.story()));
+    QVERIFY2(playback.code == code || playback.code == orCode, qPrintable(playback.story()));
 }
 
 // A server that is down is not helped by those who hammer at it.

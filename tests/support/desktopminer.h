@@ -31,6 +31,7 @@ private:
     [[nodiscard]] QString status();
     [[nodiscard]] QStringList videos();
     void hurry();
+    void touchUnread();
     [[nodiscard]] uint processOf(const char *name);
     [[nodiscard]] QStringList rows(const char *query);
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "ownwait.h"
+
 #include <QByteArray>
 #include <QTimer>
 
@@ -9,8 +11,14 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
+#include <filesystem>
+#include <map>
 #include <mutex>
+#include <string>
 #include <thread>
+
+#include <sys/syscall.h>
+#include <unistd.h>
 
 // Beats every 10 ms in the thread that made it, as a window that answers would, and knows how late it came:
 //
@@ -19,7 +27,8 @@
 //     QVERIFY2(heart.isSteady(), heart.report());
 //
 // A thread that does nothing else beats beside it: what kept that one waiting, too, is the machine's load and
-// not counted. Neither is the time for which the kernel let this thread wait for a processor.
+// not counted. Neither is the time for which the kernel let this thread, and another one that this one may
+// have waited for, wait for a processor; nor that of an OwnWait.
 class Heartbeat
 {
 public:
@@ -88,25 +97,53 @@ private:
     {
         m_last = Clock::now();
         m_loadAtLast = m_load.load();
-        m_queuedAtLast = queued();
+        m_usagesAtLast = usages();
+        m_ownAtLast = OwnWait::total();
     }
-    // For how long this thread was ready to run and other programs ran; 0 where the kernel does not tell.
-    [[nodiscard]] static Duration queued()
+    // What the kernel tells of a thread: for how long it ran, and for how long it was ready to and others
+    // ran.
+    struct Usage
     {
-        long long ran = 0;
-        long long waited = 0;
-        if (std::FILE *file = std::fopen("/proc/thread-self/schedstat", "re")) {
-            if (std::fscanf(file, "%lld %lld", &ran, &waited) != 2)
-                waited = 0;
-            std::fclose(file);
+        Duration ran{};
+        Duration queued{};
+    };
+    using Usages = std::map<std::string, Usage>; // by the number of the thread; empty where it does not tell
+    [[nodiscard]] static Usages usages()
+    {
+        Usages usages;
+        std::error_code error; // a thread may end meanwhile
+        for (const auto &thread : std::filesystem::directory_iterator("/proc/self/task", error)) {
+            long long ran = 0;
+            long long queued = 0;
+            if (std::FILE *file = std::fopen((thread.path() / "schedstat").c_str(), "re")) {
+                if (std::fscanf(file, "%lld %lld", &ran, &queued) == 2)
+                    usages[thread.path().filename()] = {Duration(ran), Duration(queued)};
+                std::fclose(file);
+            }
         }
-        return Duration(waited);
+        return usages;
     }
     [[nodiscard]] Duration lateness() const
     {
-        const Duration late = Clock::now() - m_last - Interval;
+        const Duration late = Clock::now() - m_last - Interval - (OwnWait::total() - m_ownAtLast);
+        if (late <= Duration())
+            return late;
+        static thread_local const std::string own = std::to_string(::syscall(SYS_gettid));
+        Usage here;
+        Duration queuedElsewhere{};
+        for (const auto &[thread, usage] : usages()) {
+            const auto found = m_usagesAtLast.find(thread);
+            const Usage before = found == m_usagesAtLast.end() ? Usage() : found->second;
+            if (thread == own)
+                here = {usage.ran - before.ran, usage.queued - before.queued};
+            else
+                queuedElsewhere = std::max(queuedElsewhere, usage.queued - before.queued);
+        }
+        // It worked for a part of that; for the rest it may have waited for a thread that waited itself.
+        const Duration worked = std::min(here.ran, late);
         const auto load = Duration(m_load.load() - m_loadAtLast);
-        return late - std::max(load, queued() - m_queuedAtLast);
+        const Duration excused = std::max(load, here.queued + queuedElsewhere);
+        return worked + std::max(late - worked - excused, Duration());
     }
     void beat()
     {
@@ -126,7 +163,8 @@ private:
 
     QTimer m_timer;
     Clock::time_point m_last = Clock::now();
-    Duration m_queuedAtLast = queued();
+    Usages m_usagesAtLast = usages();
+    Duration m_ownAtLast = OwnWait::total();
     Duration m_worst{};
     int m_beats = 0;
     std::atomic<std::int64_t> m_load = 0; // ns that the other thread was kept waiting, in all

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/mockservice.h"
 
+#include "support/ownwait.h"
+
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
@@ -69,6 +71,7 @@ MockService::~MockService()
 
 bool MockService::isOnBus()
 {
+    const OwnWait own;
     return m_bus.interface()->isServiceRegistered(m_name);
 }
 
@@ -83,9 +86,12 @@ bool MockService::start(const QVariantMap &parameters)
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     const QByteArray json
         = QJsonDocument(QJsonObject::fromVariantMap(parameters)).toJson(QJsonDocument::Compact);
-    // The system's own: the mock is a package of the distribution.
-    m_process.start(u"/usr/bin/python3"_s,
-                    {u"-m"_s, u"dbusmock"_s, u"-t"_s, m_template, u"-p"_s, QString::fromUtf8(json)});
+    {
+        const OwnWait own;
+        // The system's own: the mock is a package of the distribution.
+        m_process.start(u"/usr/bin/python3"_s,
+                        {u"-m"_s, u"dbusmock"_s, u"-t"_s, m_template, u"-p"_s, QString::fromUtf8(json)});
+    }
     return QTest::qWaitFor([this] { return isOnBus(); }, StartTimeout);
 }
 
@@ -93,6 +99,7 @@ void MockService::stop()
 {
     if (m_process.state() == QProcess::NotRunning)
         return;
+    const OwnWait own;
     thaw();
     m_process.kill();
     m_process.waitForFinished();
@@ -113,6 +120,7 @@ std::optional<QVariantList> MockService::call(const QString &path, const QString
 {
     QDBusMessage message = QDBusMessage::createMethodCall(m_name, path, interface, method);
     message.setArguments(arguments);
+    const OwnWait own;
     const QDBusMessage reply = m_bus.call(message, QDBus::Block, CallTimeout);
     if (reply.type() == QDBusMessage::ReplyMessage)
         return reply.arguments();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "ownwait.h"
+
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
@@ -30,6 +32,7 @@ public:
     {
         if (m_process.state() == QProcess::NotRunning)
             return;
+        const OwnWait own;
         m_process.kill();
         m_process.waitForFinished(5000);
     }
@@ -42,6 +45,7 @@ public:
     {
         QDBusMessage call = message(method);
         call.setArguments(arguments);
+        const OwnWait own;
         return QDBusConnection::systemBus().call(call).type() == QDBusMessage::ReplyMessage;
     }
     // The same for one that is frozen.
@@ -55,6 +59,7 @@ public:
 private:
     static bool isOwned()
     {
+        const OwnWait own;
         return QDBusConnection::systemBus().interface()->isServiceRegistered(
             QStringLiteral("org.freedesktop.ModemManager1"));
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "ownwait.h"
+
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QString>
@@ -36,6 +38,7 @@ public:
     {
         if (m_process.state() == QProcess::NotRunning)
             return;
+        const OwnWait own;
         m_process.kill();
         m_process.waitForFinished(5000);
     }
@@ -43,6 +46,7 @@ public:
 private:
     bool answers(const QByteArray &word)
     {
+        const OwnWait own;
         while (!m_process.canReadLine()) {
             if (!m_process.waitForReadyRead(15000))
                 return false;

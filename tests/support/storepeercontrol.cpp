@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/storepeercontrol.h"
 
+#include "support/ownwait.h"
+
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -73,11 +75,13 @@ bool StorePeerControl::start()
 
 bool StorePeerControl::isRunning() const
 {
+    const OwnWait own;
     return QDBusConnection::sessionBus().interface()->isServiceRegistered(name);
 }
 
 qint64 StorePeerControl::pid() const
 {
+    const OwnWait own;
     return QDBusConnection::sessionBus().interface()->servicePid(name).value();
 }
 
@@ -106,6 +110,7 @@ void StorePeerControl::call(const QString &method, const QVariantList &arguments
                                                           u"com.harrow.Kestrel.StorePeer"_s, method);
     message.setArguments(arguments);
     constexpr int timeoutMs = 120000;
+    const OwnWait own;
     const QDBusMessage reply = QDBusConnection::sessionBus().call(message, QDBus::Block, timeoutMs);
     if (reply.type() == QDBusMessage::ErrorMessage)
         qFatal("%s: %s", qPrintable(method), qPrintable(reply.errorMessage()));
