@@ -4,8 +4,6 @@
 #include "emptystreams.h"
 #include "playbackfaults.h"
 
-#include <memory>
-
 #include <gst/pbutils/pbutils.h>
 
 namespace {
@@ -55,25 +53,46 @@ void BusRelay::detach()
         return;
     gst_bus_set_sync_handler(m_bus, nullptr, nullptr, nullptr);
     gst_clear_object(&m_bus);
-    ++m_serial; // what was posted while it closed
+    drop(); // what was posted while it closed
+}
+
+void BusRelay::drop()
+{
+    std::deque<Kept> dropped; // outlives the lock: the last message of a pipeline may end it
+    const std::lock_guard lock(m_mutex);
+    dropped.swap(m_waiting);
 }
 
 GstBusSyncReply BusRelay::posted(GstBus *bus, GstMessage *message, gpointer self)
 {
     Q_UNUSED(bus)
     auto *relay = static_cast<BusRelay *>(self);
-    if (isWanted(message, relay->m_pipeline)) {
-        gst_message_ref(message);
-        const std::shared_ptr<GstMessage> kept(message, [](GstMessage *m) { gst_message_unref(m); });
-        const int serial = relay->m_serial;
-        QMetaObject::invokeMethod(
-            relay->m_receiver,
-            [relay, kept, serial] {
-                if (serial == relay->m_serial)
-                    relay->m_handler(kept.get());
-            },
-            Qt::QueuedConnection);
-    }
+    if (isWanted(message, relay->m_pipeline))
+        relay->keep(message);
     gst_message_unref(message);
     return GST_BUS_DROP;
+}
+
+void BusRelay::keep(GstMessage *message)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_waiting.emplace_back(gst_message_ref(message));
+    }
+    QMetaObject::invokeMethod(
+        m_receiver, [this] { handleNext(); }, Qt::QueuedConnection);
+}
+
+// Called once for each message: where some were dropped there is nothing left at last.
+void BusRelay::handleNext()
+{
+    Kept message;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_waiting.empty())
+            return;
+        message = std::move(m_waiting.front());
+        m_waiting.pop_front();
+    }
+    m_handler(message.get());
 }

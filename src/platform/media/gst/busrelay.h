@@ -3,8 +3,10 @@
 
 #include <QObject>
 
-#include <atomic>
+#include <deque>
 #include <functional>
+#include <memory>
+#include <mutex>
 
 #include <gst/gst.h>
 
@@ -21,16 +23,26 @@ public:
     void attach(GstElement *pipeline);
     // Messages that were posted and not handled yet are dropped. Called on the receiver's thread, before the
     // pipeline is closed ...
-    void drop() { ++m_serial; }
-    // ... and after.
+    void drop();
+    // ... and after: then nothing here keeps the pipeline. One that is kept stops its sinks whenever it goes
+    // at last, though they are another's by then.
     void detach();
 
 private:
+    struct Unref
+    {
+        void operator()(GstMessage *message) const { gst_message_unref(message); }
+    };
+    using Kept = std::unique_ptr<GstMessage, Unref>;
+
     static GstBusSyncReply posted(GstBus *bus, GstMessage *message, gpointer self);
+    void keep(GstMessage *message);
+    void handleNext();
 
     QObject *m_receiver;
     Handler m_handler;
     GstElement *m_pipeline = nullptr;
     GstBus *m_bus = nullptr;
-    std::atomic<int> m_serial = 0; // of the messages that count
+    std::mutex m_mutex;
+    std::deque<Kept> m_waiting;
 };
