@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/hangms.h"
 #include "support/modemmanagerpeer.h"
 #include "support/privatebus.h"
 
@@ -183,7 +184,7 @@ private Q_SLOTS:
         timer.start();
         follow();
         QCOMPARE(m_monitor->getState(), 0);
-        QVERIFY(timer.elapsed() < 1000);
+        QVERIFY(timer.elapsed() < HangMs);
         m_modemManager.thaw();
         QTRY_COMPARE(m_monitor->getState(), 1);
     }
