@@ -123,6 +123,12 @@ bool isLoss(const std::string &state)
     return state.starts_with("08") || state == "S2801";
 }
 
+// What there was so far came, and it is not all.
+bool isTimeUp(const std::string &state)
+{
+    return state == "S1TAT";
+}
+
 // Literals come in boxes of the server's own, whose content its driver never frees: a million titles would
 // stay in memory. The server takes them out when it is asked to.
 std::string withoutBoxes(const std::string &query, SQLHSTMT prepared)
@@ -221,11 +227,18 @@ void OdbcSession::disconnect()
     m_connection = SQL_NULL_HDBC;
 }
 
-// A connection that broke while nobody used it shows that only when it is used. An update must not be what
-// finds out: nobody could say whether it was done.
-bool OdbcSession::stillAnswers()
+// The server ends by itself what takes longer than anybody waits for a row of it. Nothing else does: it does
+// not always look whether somebody is still there, and its driver stands no SQLCancel() from another thread.
+// An update is never stopped half-way.
+//
+// Also finds out whether the connection still stands. One that broke while nobody used it shows that only
+// when it is used. An update must not be what finds out: nobody could say whether it was done.
+bool OdbcSession::limitTime(bool isUpdate)
 {
-    return Statement(m_connection).execute("select 1");
+    const std::uint64_t ms = isUpdate ? 0 : std::uint64_t(m_login.seconds) * 1000;
+    const Statement statement(m_connection);
+    return statement.execute("set result_timeout = " + std::to_string(ms))
+        || !isLoss(faultOf(SQL_HANDLE_STMT, statement.handle()).state);
 }
 
 OdbcSession::Fault OdbcSession::faultOf(SQLSMALLINT type, SQLHANDLE handle) const
@@ -253,6 +266,9 @@ void OdbcSession::report(const Fault &fault)
     if (isLoss(fault.state)) {
         disconnect();
         m_answers.failed(Failure::Lost, fault.text);
+    } else if (isTimeUp(fault.state)) {
+        m_answers.failed(Failure::Silent,
+                         "the server says nothing for " + std::to_string(m_login.seconds) + " s");
     } else if (fault.state.starts_with("40") || fault.state == "S1T00") {
         // Rolled back, for others were in the way.
         m_answers.failed(Failure::Busy, fault.text);
@@ -263,10 +279,17 @@ void OdbcSession::report(const Fault &fault)
 
 void OdbcSession::execute(const std::string &text, bool isUpdate)
 {
-    if (m_connection != SQL_NULL_HDBC && !stillAnswers())
+    if (m_connection != SQL_NULL_HDBC && !limitTime(isUpdate))
         disconnect();
-    if (m_connection == SQL_NULL_HDBC && !connect())
-        return;
+    if (m_connection == SQL_NULL_HDBC) {
+        if (!connect())
+            return;
+        if (!limitTime(isUpdate)) {
+            m_answers.failed(Failure::NotReached, "the connection was lost at once");
+            disconnect();
+            return;
+        }
+    }
     m_answers.started();
     // A comment at its end is ended.
     const std::string sql = "SPARQL " + text + "\n";
@@ -300,7 +323,7 @@ void OdbcSession::executeQuery(const std::string &sql)
     // What does not stand as a part of another statement goes as it is.
     if (!statement.execute(unboxed)) {
         const Fault fault = faultOf(SQL_HANDLE_STMT, statement.handle());
-        if (isLoss(fault.state) || unboxed == sql) {
+        if (isLoss(fault.state) || isTimeUp(fault.state) || unboxed == sql) {
             report(fault);
             return;
         }
@@ -312,8 +335,11 @@ void OdbcSession::executeQuery(const std::string &sql)
     SQLSMALLINT columns = 0;
     SQLNumResultCols(statement.handle(), &columns);
     m_answers.columns(std::uint32_t(std::max<SQLSMALLINT>(columns, 0)));
+    m_refusal.clear();
     if (sendRows(statement.handle(), columns))
         m_answers.done();
+    else if (!m_refusal.empty())
+        m_answers.failed(Failure::Refused, m_refusal);
     else
         report(faultOf(SQL_HANDLE_STMT, statement.handle()));
 }
@@ -381,6 +407,11 @@ SQLRETURN OdbcSession::readText(SQLHSTMT statement, SQLUSMALLINT column, bool is
             appendUtf8(m_text, piece);
         else
             m_text.append(piece);
+        if (m_text.size() > MaximumValueBytes) {
+            m_refusal = "a value in column " + std::to_string(column) + " is longer than "
+                + std::to_string(MaximumValueBytes >> 20) + " MiB";
+            return SQL_ERROR;
+        }
         if (isWhole)
             return got;
     }

@@ -13,7 +13,7 @@
 // Where to log on, as the driver says it.
 struct OdbcLogin
 {
-    std::uint32_t seconds = 0;
+    std::uint32_t seconds = 0; // for logging on, and for the server to come to each row
     std::string driver; // a library or a name of the driver manager's list; empty: the packaged library
     std::string server; // host:port
     std::string user;
@@ -46,7 +46,7 @@ private:
 
     [[nodiscard]] bool connect();
     void disconnect();
-    [[nodiscard]] bool stillAnswers();
+    [[nodiscard]] bool limitTime(bool isUpdate);
     [[nodiscard]] Fault faultOf(SQLSMALLINT type, SQLHANDLE handle) const;
     void report(const Fault &fault);
     void executeUpdate(const std::string &sql);
@@ -61,5 +61,6 @@ private:
     SQLHENV m_environment = SQL_NULL_HENV;
     SQLHDBC m_connection = SQL_NULL_HDBC;
     std::string m_text; // of the cell under way
+    std::string m_refusal; // why the answer is not passed on; empty: it is
     std::vector<char> m_buffer;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // A library on a real Virtuoso server, and what a statement lives through there: a server that is frozen,
 // killed and started again, a helper program that is.
+#include "platform/servers/odbcprotocol.h"
 #include "platform/servers/resourceids.h"
 #include "platform/servers/virtuosodriver.h"
 #include "support/loglines.h"
@@ -134,7 +135,9 @@ private Q_SLOTS:
     void withoutAServerOrALogin();
     void programThatIsNotThere();
     void longListTakesNoMemoryOfTheHelper();
+    void valueThatIsFarTooLong();
     void answerThatNobodyWants();
+    void queryThatNobodyWantsEnds();
     void serverIsKilledWhileItAnswers();
     void readsAgainWhatTheServerLost();
     void serverIsStartedAgainWhileNobodyAsks();
@@ -147,6 +150,7 @@ private Q_SLOTS:
     void endsInTheMiddle();
 
 private:
+    [[nodiscard]] bool isAtWork();
     void useSettings(std::chrono::seconds timeout, const ServerPatience &patience = ::patience());
     void storeLogin(const QString &user, const QString &password);
 
@@ -175,6 +179,13 @@ void TestVirtuoso::cleanup()
     m_server.thaw();
     SparqlDriverRegistry::unregisterDriver(u"QVIRTUOSO"_s);
     QTRY_VERIFY_WITH_TIMEOUT(helpers().isEmpty(), s_waitMs);
+}
+
+// Whether the server has more to do than to say so.
+bool TestVirtuoso::isAtWork()
+{
+    static const QRegularExpression line(u"Currently (\\d+) threads running"_s);
+    return line.match(m_server.sql(u"status()"_s)).captured(1).toInt() > 1;
 }
 
 void TestVirtuoso::useSettings(std::chrono::seconds timeout, const ServerPatience &patience)
@@ -410,6 +421,22 @@ void TestVirtuoso::longListTakesNoMemoryOfTheHelper()
     QVERIFY2(grown < 8 * 1024, qPrintable(QString::number(grown)));
 }
 
+void TestVirtuoso::valueThatIsFarTooLong()
+{
+    SparqlConnection connection(u"QVIRTUOSO"_s);
+    const auto text = [](int length) {
+        return u"SELECT (1 AS ?n) (bif:repeat(\"x\", %1) AS ?value) WHERE { }"_s.arg(length);
+    };
+    const Answer longest = ask(connection, text(int(OdbcProtocol::MaximumValueBytes)), 2);
+    QCOMPARE(longest.error, QString());
+    QCOMPARE(longest.rows.first().at(1).size(), qsizetype(OdbcProtocol::MaximumValueBytes));
+    const QList<pid_t> before = helpers();
+    QCOMPARE(ask(connection, text(int(OdbcProtocol::MaximumValueBytes) + 1), 2).error,
+             u"a value in column 2 is longer than 1 MiB"_s);
+    QCOMPARE(ask(connection, library(), 8).rows.size(), s_videos);
+    QCOMPARE(helpers(), before);
+}
+
 void TestVirtuoso::answerThatNobodyWants()
 {
     SparqlConnection connection(u"QVIRTUOSO"_s);
@@ -420,6 +447,20 @@ void TestVirtuoso::answerThatNobodyWants()
     m_server.thaw();
     QCOMPARE(ask(connection, library(), 8).rows.size(), s_videos);
     QVERIFY(helpers().size() <= patience().mostUnderWay + 1);
+}
+
+// The server works for nobody for as long as it would have been waited for, and not for ever.
+void TestVirtuoso::queryThatNobodyWantsEnds()
+{
+    useSettings(20s);
+    SparqlConnection connection(u"QVIRTUOSO"_s);
+    QCOMPARE(ask(connection, library(), 8).rows.size(), s_videos);
+    const SparqlResult *result = connection.exec(SparqlQuery(endlessQuery()));
+    QTRY_VERIFY_WITH_TIMEOUT(isAtWork(), s_waitMs);
+    delete result;
+    QTRY_VERIFY_WITH_TIMEOUT(helpers().isEmpty(), s_waitMs); // it does not hear, and is ended
+    QTRY_VERIFY_WITH_TIMEOUT(!isAtWork(), s_waitMs);
+    QCOMPARE(ask(connection, library(), 8).rows.size(), s_videos);
 }
 
 void TestVirtuoso::serverIsKilledWhileItAnswers()
@@ -495,9 +536,11 @@ void TestVirtuoso::serverSaysNothing()
     useSettings(1s);
     SparqlConnection connection(u"QVIRTUOSO"_s);
     QVERIFY(ask(connection, valueText(virtuosoVideo(1), u"nie:url"_s)).error.isNull());
+    const QList<pid_t> before = helpers();
     const Answer answer = ask(connection, endlessQuery());
-    m_server.endTransactions();
     QVERIFY2(answer.error.contains(u"says nothing"_s), qUtf8Printable(answer.error));
+    QTRY_VERIFY_WITH_TIMEOUT(!isAtWork(), s_waitMs);
+    QCOMPARE(helpers(), before); // the server stopped it, and the connection is good
     QCOMPARE(ask(connection, library(), 8).rows.size(), s_videos);
 }
 

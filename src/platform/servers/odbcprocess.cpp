@@ -14,6 +14,8 @@ namespace {
 
 // A helper looks whether it goes on between two rows. One that waits for the server does not.
 constexpr std::chrono::milliseconds s_cancelPatience{1000};
+// The server stops a query of its own accord when the time is up, and then keeps the connection.
+constexpr std::chrono::milliseconds s_stopPatience{2000};
 
 template <class Value> void appendValue(QByteArray &bytes, const Value &value)
 {
@@ -37,6 +39,8 @@ OdbcProcess::Ending endingOf(Failure failure)
         return OdbcProcess::Ending::Refused;
     case Failure::Busy:
         return OdbcProcess::Ending::Busy;
+    case Failure::Silent:
+        return OdbcProcess::Ending::Silent;
     case Failure::Lost:
         break;
     }
@@ -101,7 +105,7 @@ void OdbcProcess::update(const QString &text)
 void OdbcProcess::ask(Request kind, const QString &text, OdbcReplyParser parser)
 {
     m_parser.emplace(std::move(parser));
-    m_silence.start(m_timeout);
+    m_silence.start(m_timeout + s_stopPatience);
     send(kind, text.toUtf8());
 }
 

@@ -8,11 +8,15 @@
 // and its bytes. The driver trusts nothing that comes back: see odbcreplyparser.h.
 namespace OdbcProtocol {
 
-// What a helper may say in one frame, and the longest value of a cell with it. More is broken.
+// What either side may say in one frame. More is broken.
 constexpr std::uint32_t MaximumFrameBytes = 256u << 20;
 
+// The longest value of a cell, as UTF-8. A query that gives a longer one fails: a list is no place for it.
+constexpr std::uint32_t MaximumValueBytes = 1u << 20;
+
 enum class Request : std::uint32_t {
-    Open = 1, // seconds for logging on (32 bits), then four strings: driver, server, user, password
+    Open = 1, // seconds that the server has for anything (32 bits), then four strings: driver, server, user,
+              // password
     Query = 2, // the text
     Update = 3, // the text
     Cancel = 4, // the statement under way is no longer wanted; it is answered all the same
@@ -28,7 +32,7 @@ enum class Answer : std::uint32_t {
     Failed = 15, // a Failure (32 bits), then one line of text
 };
 
-enum class Failure : std::uint32_t { NotReached = 1, Refused = 2, Busy = 3, Lost = 4 };
+enum class Failure : std::uint32_t { NotReached = 1, Refused = 2, Busy = 3, Lost = 4, Silent = 5 };
 
 enum class CellType : std::uint32_t { Unbound = 0, Text = 1, Integer = 2, Double = 3, DateTime = 4 };
 

@@ -110,7 +110,8 @@ bool OdbcReplyParser::cells(QByteArrayView bytes)
 {
     while (!bytes.isEmpty()) {
         const std::optional<CellHeader> header = valueAt<CellHeader>(bytes);
-        if (!header || bytes.size() - qsizetype(sizeof(CellHeader)) < qsizetype(header->bytes))
+        if (!header || header->bytes > MaximumValueBytes
+            || bytes.size() - qsizetype(sizeof(CellHeader)) < qsizetype(header->bytes))
             return false;
         bytes = bytes.sliced(sizeof(CellHeader));
         if (!cell(header->type, bytes.first(header->bytes)))
@@ -137,7 +138,7 @@ bool OdbcReplyParser::cell(CellType type, QByteArrayView utf8)
 bool OdbcReplyParser::failed(QByteArrayView bytes)
 {
     const std::optional<Failure> failure = valueAt<Failure>(bytes);
-    if (!failure || *failure < Failure::NotReached || *failure > Failure::Lost)
+    if (!failure || *failure < Failure::NotReached || *failure > Failure::Silent)
         return false;
     m_failure = *failure;
     m_error = QString::fromUtf8(bytes.sliced(sizeof(Failure)));
