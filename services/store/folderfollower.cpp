@@ -141,11 +141,7 @@ void FolderFollower::scanFolder(Scan *scan, const QString &folder)
         return;
     scan->visited.insert(key);
     // Watched first: what comes while it is being read is then reported as an event.
-    if (m_inotify->watch(folder) == Inotify::Watch::Exhausted && !m_rescanTimer->isActive()) {
-        qCWarning(lcStore,
-                  "too many folders to follow (fs.inotify.max_user_watches); looking again every minute");
-        m_rescanTimer->start();
-    }
+    follow(folder);
     QDirIterator entries(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);
     while (entries.hasNext()) {
         const QString path = entries.next();
@@ -157,6 +153,19 @@ void FolderFollower::scanFolder(Scan *scan, const QString &folder)
                 consider(path, *identity, false);
         }
     }
+}
+
+// False where the kernel has no watch left: what happens there is found by looking again.
+bool FolderFollower::follow(const QString &folder)
+{
+    if (m_inotify->watch(folder) != Inotify::Watch::Exhausted)
+        return true;
+    if (!m_rescanTimer->isActive()) {
+        qCWarning(lcStore,
+                  "too many folders to follow (fs.inotify.max_user_watches); looking again every minute");
+        m_rescanTimer->start();
+    }
+    return false;
 }
 
 void FolderFollower::finishScan()
@@ -332,6 +341,10 @@ void FolderFollower::rescanAll()
         if (!m_absent.contains(root))
             scan(root, true);
     }
+    // Files outside of these folders.
+    const QHash<QString, bool> unfollowed = std::exchange(m_unfollowed, {});
+    for (auto it = unfollowed.cbegin(); it != unfollowed.cend(); ++it)
+        checkDropped({it.key()}, it.value());
 }
 
 void FolderFollower::setWaiting(bool waiting)
@@ -408,7 +421,8 @@ void FolderFollower::checkDropped(const QStringList &paths, bool indexRuns)
         if (!identity) {
             absent.append(path);
         } else if (mayBeVideo(path)) {
-            m_inotify->watch(QFileInfo(path).path());
+            if (!follow(QFileInfo(path).path()))
+                m_unfollowed.insert(path, indexRuns);
             consider(path, *identity, false);
         }
     }

@@ -79,6 +79,7 @@ private:
     void scan(const QString &folder, bool isWhole);
     void step();
     void scanFolder(Scan *scan, const QString &folder);
+    bool follow(const QString &folder);
     void finishScan();
     void endHeldScans();
     void consider(const QString &path, const FileIdentity &identity, bool fresh);
@@ -110,6 +111,8 @@ private:
     QHash<QString, Settling> m_settling;
     QStringList m_heldScans; // done but for files that have to settle
     std::deque<QString> m_digests;
+    QHash<QString, bool>
+        m_unfollowed; // files that were dropped, and whether an index runs: no watch was left
     QTimer *m_stepTimer = nullptr;
     QTimer *m_settleTimer = nullptr;
     QTimer *m_rootTimer = nullptr;

@@ -4,13 +4,33 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
 
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
+
+#include <sys/syscall.h>
 #include <unistd.h>
 
 using namespace Qt::Literals::StringLiterals;
+
+namespace {
+std::atomic<bool> s_watchesRanOut = false;
+} // namespace
+
+// In place of the C library's: the kernel may have no watch left.
+extern "C" int inotify_add_watch(int descriptor, const char *path, uint32_t events)
+{
+    if (s_watchesRanOut) {
+        errno = ENOSPC;
+        return -1;
+    }
+    return int(::syscall(SYS_inotify_add_watch, descriptor, path, events));
+}
 
 // What happens in the folders of a person, as the indexer hears of it. File systems are real; the follower
 // has its thread.
@@ -37,6 +57,7 @@ private Q_SLOTS:
     void aRootThatIsTakenAwayIsAwayAndNotDeleted();
     void whatWasToldIsBelievedInTheStateThatWasTold();
     void aDroppedFileThatIsThereIsFollowed();
+    void aDroppedFileIsLookedAtAgainWhereWatchesRanOut();
 
 private:
     [[nodiscard]] QString at(const QString &name) const { return m_root + u'/' + name; }
@@ -69,6 +90,7 @@ void StoreFollower::init()
     m_moved.clear();
     m_away.clear();
     m_finished = 0;
+    s_watchesRanOut = false;
     qRegisterMetaType<QList<FoundFile>>();
     m_thread = std::make_unique<QThread>();
     m_follower = new FolderFollower;
@@ -302,6 +324,22 @@ void StoreFollower::aDroppedFileThatIsThereIsFollowed()
     QTRY_VERIFY(m_found.contains(outside));
     QVERIFY(QFile::remove(outside));
     QTRY_VERIFY(m_gone.contains(outside));
+}
+
+void StoreFollower::aDroppedFileIsLookedAtAgainWhereWatchesRanOut()
+{
+    start();
+    const QString outside = m_folder->filePath(u"outside.mp4"_s);
+    QVERIFY(write(u"../outside.mp4"_s, true));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"too many folders to follow.*"_s));
+    s_watchesRanOut = true;
+    QMetaObject::invokeMethod(m_follower, [this, outside] { m_follower->checkDropped({outside}, true); });
+    QTRY_VERIFY(m_found.contains(outside));
+    QVERIFY(QFile::remove(outside));
+    // What a minute brings.
+    QMetaObject::invokeMethod(m_follower, &FolderFollower::rescanAll);
+    QTRY_COMPARE(m_missing, QStringList({outside}));
+    QVERIFY(m_gone.isEmpty());
 }
 
 QTEST_GUILESS_MAIN(StoreFollower)
