@@ -16,6 +16,9 @@ namespace {
 constexpr int s_changeMs = 200; // changes come in bursts
 // A file that was moved may be told as one that went and, when it has been read again, one that came.
 constexpr int s_dropMs = 3000;
+// Ten times what it took on a slow machine, and an end.
+constexpr qint64 s_patiencePerFileMs = 1;
+constexpr qint64 s_longestPatienceMs = 3600000;
 constexpr qsizetype s_mostNamed = 200; // resources in a question
 constexpr qsizetype s_mostChanged = 5000; // beyond, all videos are asked for
 } // namespace
@@ -26,7 +29,9 @@ IndexEndpoint::IndexEndpoint(GDBusConnection *bus, const QString &owner, const Q
       m_bus(shareGRef(bus)),
       m_owner(owner.toUtf8()),
       m_path(path.toUtf8()),
-      m_cancellable(g_cancellable_new())
+      m_cancellable(g_cancellable_new()),
+      m_patienceMs(patienceMs),
+      m_patienceForAllMs(patienceMs)
 {
     m_changeTimer.setSingleShot(true);
     m_changeTimer.setInterval(s_changeMs);
@@ -36,7 +41,6 @@ IndexEndpoint::IndexEndpoint(GDBusConnection *bus, const QString &owner, const Q
     connect(&m_dropTimer, &QTimer::timeout, this,
             [this] { Q_EMIT dropped(QStringList(std::exchange(m_dropped, {}).values())); });
     m_patience.setSingleShot(true);
-    m_patience.setInterval(patienceMs);
     connect(&m_patience, &QTimer::timeout, this, [this] { fail(u"no answer in time"_s); });
 }
 
@@ -63,7 +67,7 @@ gpointer IndexEndpoint::backData()
 void IndexEndpoint::open()
 {
     m_owesAll = true;
-    m_patience.start();
+    m_patience.start(m_patienceMs);
     // The library's own asynchronous call reads an answer of the owner in the thread that waits for it.
     struct Address
     {
@@ -115,10 +119,19 @@ void IndexEndpoint::follow()
 void IndexEndpoint::askAll()
 {
     m_owesAll = true;
+    // An answer about all of them begins the later the more there are.
+    ask({fileCountQuery(),
+         [this](const QStringList &cells) { m_patienceForAllMs = patienceFor(cells.value(0).toLongLong()); },
+         {}});
     askVideos(allVideosQuestions(), false, [this] {
         m_owesAll = false;
         Q_EMIT toldAll();
     });
+}
+
+int IndexEndpoint::patienceFor(qint64 files) const
+{
+    return int(qBound<qint64>(m_patienceMs, m_patienceMs + files * s_patiencePerFileMs, s_longestPatienceMs));
 }
 
 void IndexEndpoint::noticed(TrackerNotifier *, const char *, const char *, GPtrArray *events, gpointer self)
@@ -187,7 +200,7 @@ void IndexEndpoint::askVideos(const QList<IndexQuestion> &questions, bool fresh,
                 m_files.append(*file);
             }
         };
-        ask({question.text, row, i + 1 == questions.size() ? done : std::function<void()>()});
+        ask({question.text, row, i + 1 == questions.size() ? done : std::function<void()>(), !fresh});
     }
 }
 
@@ -204,7 +217,7 @@ void IndexEndpoint::askNext()
 {
     if (m_questions.empty())
         return;
-    m_patience.start();
+    m_patience.start(m_questions.front().isAboutAll ? m_patienceForAllMs : m_patienceMs);
     tracker_sparql_connection_query_async(m_connection.get(), m_questions.front().text.toUtf8().constData(),
                                           m_cancellable.get(), &IndexEndpoint::back<&IndexEndpoint::answered>,
                                           backData());

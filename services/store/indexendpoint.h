@@ -27,7 +27,7 @@ class IndexEndpoint : public QObject
 
 public:
     // `bus` is shared; `owner` a unique name, so that nobody is started. `patienceMs`: how long it may be
-    // silent while it owes an answer.
+    // silent while it owes an answer; longer before an answer about all videos, by their number.
     IndexEndpoint(GDBusConnection *bus, const QString &owner, const QString &path, int patienceMs,
                   QObject *parent = nullptr);
     ~IndexEndpoint() override;
@@ -53,6 +53,7 @@ private:
         QString text;
         std::function<void(const QStringList &cells)> row;
         std::function<void()> done;
+        bool isAboutAll = false;
     };
 
     void opened(GAsyncResult *result);
@@ -62,6 +63,7 @@ private:
     void askVideos(const QList<IndexQuestion> &questions, bool fresh, const std::function<void()> &done);
     void ask(Question question);
     void askNext();
+    [[nodiscard]] int patienceFor(qint64 files) const;
     void answered(GAsyncResult *result);
     void takeRows(const QList<QStringList> &rows);
     void end(const QString &error);
@@ -86,6 +88,8 @@ private:
     QTimer m_changeTimer;
     QTimer m_dropTimer;
     QTimer m_patience;
+    int m_patienceMs;
+    int m_patienceForAllMs;
     bool m_owesAll = false;
     bool m_failed = false;
 };

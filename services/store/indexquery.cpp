@@ -118,6 +118,11 @@ QList<IndexQuestion> allVideosQuestions()
     return questionsAbout(s_content, s_unread);
 }
 
+QString fileCountQuery()
+{
+    return u"SELECT (COUNT(?file) AS ?files) { GRAPH tracker:Video { ?file a nfo:FileDataObject } }"_s;
+}
+
 QList<IndexQuestion> videosQuestions(const QStringList &urns)
 {
     const QString values = valuesOf(urns);

@@ -22,6 +22,8 @@ struct IndexQuestion
 
 // Every video that it knows, and the video files that it has not read yet; to be asked in this order.
 [[nodiscard]] QList<IndexQuestion> allVideosQuestions();
+// How many rows those have at most.
+[[nodiscard]] QString fileCountQuery();
 // The same of resources, which may be files or what lies in them. Names that cannot stand in a query are left
 // out; empty when none is left.
 [[nodiscard]] QList<IndexQuestion> videosQuestions(const QStringList &urns);

@@ -6,6 +6,7 @@
 
 #include <QHash>
 #include <QList>
+#include <QObject>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -32,6 +33,9 @@ public:
     // Answers every question with a row count that it never sends.
     bool addStallingEndpoint();
 
+    // Says that it has so many files, and answers questions about them without rows, the first one late.
+    bool addSlowEndpoint(int files, int delayMs);
+
     // A file that the index knows, with its state as it is now; read when it is a video with a duration.
     bool put(const char *endpoint, const QString &path, const QString &properties = {});
     bool update(const char *endpoint, const QString &text);
@@ -47,6 +51,7 @@ private:
     };
     static void called(GDBusConnection *, const char *, const char *, const char *, const char *method,
                        GVariant *, GDBusMethodInvocation *invocation, gpointer self);
+    void answer(GDBusMethodInvocation *invocation, const QByteArray &rows);
     bool exportObject(const char *path, const char *xml);
     void announce(const char *path, bool added);
 
@@ -57,6 +62,9 @@ private:
     QList<GDBusMethodInvocation *> m_unanswered;
     QByteArray m_status = "Idle";
     bool m_stalls = false;
+    int m_files = -1; // as a slow endpoint says
+    int m_delayMs = 0;
+    QObject m_alive; // for what is answered later
     int m_questions = 0;
     int m_count = 0;
     QList<int> m_pipes;

@@ -66,6 +66,7 @@ private Q_SLOTS:
     void anOwnerThatComesIsAsked();
     void anEndpointThatDoesNotAnswer();
     void anEndpointWhoseRowsDoNotCome();
+    void aLargeIndexMayTakeLonger();
     void askedAgainItTellsAgain();
 
 private:
@@ -392,6 +393,17 @@ void StoreIndexMirror::anEndpointWhoseRowsDoNotCome()
     QTRY_COMPARE_WITH_TIMEOUT(m_settled, 1, s_waitMs);
     QCOMPARE(m_silent, 1);
     QVERIFY(m_peer->questions() > 0);
+}
+
+// It sorts before it tells: the first row comes long after the question.
+void StoreIndexMirror::aLargeIndexMayTakeLonger()
+{
+    constexpr int patienceMs = 4000;
+    QVERIFY(m_peer->addSlowEndpoint(150000, patienceMs * 5 / 4));
+    QVERIFY(m_peer->own(IndexPeer::legacyName));
+    start(patienceMs);
+    QTRY_COMPARE_WITH_TIMEOUT(m_all.size(), 1, 60000);
+    QCOMPARE(m_all.constFirst(), QSet<QString>());
 }
 
 void StoreIndexMirror::askedAgainItTellsAgain()
