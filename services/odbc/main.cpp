@@ -6,6 +6,7 @@
 
 #include <condition_variable>
 #include <csignal>
+#include <cstring>
 #include <deque>
 #include <mutex>
 #include <thread>
@@ -54,12 +55,13 @@ private:
     AnswerWriter answers(STDOUT_FILENO);
     OdbcSession session(answers, requests.cancelled);
     for (;;) {
-        const Frame frame = requests.take();
+        Frame frame = requests.take();
         OdbcLogin login;
         switch (Request(frame.kind)) {
         case Request::Open:
             if (!login.read(frame.bytes))
                 _exit(1);
+            explicit_bzero(frame.bytes.data(), frame.bytes.size());
             session.setLogin(std::move(login));
             break;
         case Request::Query:

@@ -161,7 +161,7 @@ bool OdbcLogin::read(std::string_view bytes)
     std::memcpy(&seconds, bytes.data(), sizeof seconds);
     bytes.remove_prefix(sizeof seconds);
     return takeString(bytes, driver) && takeString(bytes, server) && takeString(bytes, user)
-        && takeString(bytes, password) && bytes.empty();
+        && takeString(bytes, password) && bytes.find_first_not_of('\0') == std::string_view::npos;
 }
 
 OdbcSession::OdbcSession(AnswerWriter &answers, const std::atomic<bool> &cancelled)

@@ -22,6 +22,13 @@ void wipe(QString &secret)
     secret.clear();
 }
 
+void wipe(QByteArray &secret)
+{
+    if (secret.isDetached())
+        explicit_bzero(secret.data(), size_t(secret.size()));
+    secret.clear();
+}
+
 Credentials::Credentials(QObject *parent)
     : Credentials(QDBusConnection::sessionBus(),
                   QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)

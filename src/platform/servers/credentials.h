@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QByteArray>
 #include <QDBusConnection>
 #include <QObject>
 #include <QString>
@@ -22,6 +23,7 @@ struct Login
 
 // Overwrites the text where nobody else shares it, and empties it. For a password that was used.
 void wipe(QString &secret);
+void wipe(QByteArray &secret);
 
 // How long the secret service is waited for.
 struct SecretPatience

@@ -77,10 +77,10 @@ private:
 
     ServerSettings m_settings;
     std::unique_ptr<Credentials> m_credentials;
+    QHash<QString, std::shared_ptr<KnownLogin>> m_logins; // by server; wiped once nothing below shares them
     QNetworkAccessManager m_network;
     QSslConfiguration m_tls;
     QString m_fault;
-    QHash<QString, std::shared_ptr<KnownLogin>> m_logins; // by server
     QHash<QUrl, QUrl> m_moved;
     int m_pageRows = 0;
     bool m_readsAddressesOnly = false;

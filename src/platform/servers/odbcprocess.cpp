@@ -5,8 +5,6 @@
 #include "resourceids.h"
 #include "serversettings.h"
 
-#include <strings.h>
-
 using namespace Qt::Literals::StringLiterals;
 using namespace OdbcProtocol;
 
@@ -16,6 +14,10 @@ namespace {
 constexpr std::chrono::milliseconds s_cancelPatience{1000};
 // The server stops a query of its own accord when the time is up, and then keeps the connection.
 constexpr std::chrono::milliseconds s_stopPatience{2000};
+
+// Fewer are copied into the buffer of the process, from where nobody can take them out again.
+constexpr qsizetype s_sharedBytes = 16 * 1024;
+constexpr qsizetype s_longestLogin = 64 * 1024; // that is usual
 
 template <class Value> void appendValue(QByteArray &bytes, const Value &value)
 {
@@ -27,7 +29,7 @@ void appendText(QByteArray &bytes, const QString &text)
     QByteArray utf8 = text.toUtf8();
     appendValue(bytes, quint32(utf8.size()));
     bytes.append(utf8);
-    explicit_bzero(utf8.data(), size_t(utf8.size()));
+    wipe(utf8);
 }
 
 OdbcProcess::Ending endingOf(Failure failure)
@@ -73,12 +75,23 @@ OdbcProcess::OdbcProcess(const QString &program, const ServerSettings &settings,
     m_process.passOn(helperVariables());
     m_process.startHelper(program, {});
 
-    QByteArray open;
-    appendValue(open, quint32(settings.timeout.count()));
-    for (const QString &text : {settings.odbcDriver, settings.odbcServer, login.user, login.password})
-        appendText(open, text);
-    send(Request::Open, open);
-    explicit_bzero(open.data(), size_t(open.size()));
+    connect(&m_process, &QProcess::bytesWritten, this, [this] {
+        if (m_process.bytesToWrite() == 0)
+            wipe(m_login.bytes);
+    });
+    m_login.bytes.reserve(s_longestLogin); // bytes that are moved leave a copy behind
+    appendValue(m_login.bytes, quint32(settings.timeout.count()));
+    for (const QString *text : {&settings.odbcDriver, &settings.odbcServer, &login.user, &login.password})
+        appendText(m_login.bytes, *text);
+    m_login.bytes.append(qMax<qsizetype>(0, s_sharedBytes - m_login.bytes.size()), '\0');
+    send(Request::Open, m_login.bytes);
+    if (m_process.bytesToWrite() == 0)
+        wipe(m_login.bytes); // it does not even start
+}
+
+OdbcProcess::Unsent::~Unsent()
+{
+    wipe(bytes);
 }
 
 OdbcProcess::~OdbcProcess() = default;

@@ -29,7 +29,7 @@ public:
         QString error; // null when answered
     };
 
-    // The login goes through the program's standard input; nothing of it is kept here.
+    // The login goes through the program's standard input; nothing of it is kept here once it is written.
     OdbcProcess(const QString &program, const ServerSettings &settings, const Login &login, QObject *parent);
     // Ends the program at once.
     ~OdbcProcess() override;
@@ -58,6 +58,14 @@ Q_SIGNALS:
 private:
     enum class State { Running, Ending, Ended };
 
+    // The login on its way. The process's buffer shares these bytes until they are written, and goes before
+    // them.
+    struct Unsent
+    {
+        QByteArray bytes;
+        ~Unsent();
+    };
+
     void send(OdbcProtocol::Request kind, const QByteArray &bytes);
     void ask(OdbcProtocol::Request kind, const QString &text, OdbcReplyParser parser);
     void read();
@@ -66,6 +74,7 @@ private:
     void finish(Outcome outcome);
 
     std::chrono::milliseconds m_timeout;
+    Unsent m_login;
     HelperProcess m_process;
     QTimer m_silence; // runs while a statement is under way and no byte comes
     QElapsedTimer m_sinceAnswer;

@@ -15,8 +15,9 @@ constexpr std::uint32_t MaximumFrameBytes = 256u << 20;
 constexpr std::uint32_t MaximumValueBytes = 1u << 20;
 
 enum class Request : std::uint32_t {
-    Open = 1, // seconds that the server has for anything (32 bits), then four strings: driver, server, user,
-              // password
+    // Seconds that the server has for anything (32 bits), four strings (driver, server, user, password), and
+    // zeros.
+    Open = 1,
     Query = 2, // the text
     Update = 3, // the text
     Cancel = 4, // the statement under way is no longer wanted; it is answered all the same

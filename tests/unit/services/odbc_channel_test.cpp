@@ -155,6 +155,8 @@ void TestOdbcChannel::readsALogin()
     QCOMPARE(QByteArray::fromStdString(login.driver + '|' + login.server + '|' + login.user + '|'
                                        + login.password),
              QByteArray("driver.so|archive.example:1111|jo|gehéim"));
+    const QByteArray padded = bytes + QByteArray(100, '\0');
+    QVERIFY(login.read({padded.constData(), size_t(padded.size())}));
 }
 
 void TestOdbcChannel::refusesABrokenLogin()
