@@ -17,7 +17,8 @@ class ResourceIds
 public:
     static constexpr size_t defaultMostBytes = size_t(1) << 30; // 25 million IRIs of the usual length
 
-    explicit ResourceIds(size_t mostBytes = defaultMostBytes) : m_mostBytes(mostBytes) { }
+    ResourceIds() : ResourceIds(defaultMostBytes) { }
+    explicit ResourceIds(size_t mostBytes) : m_mostBytes(mostBytes) { }
 
     // What every connection of this process and the watch over changes share.
     [[nodiscard]] static ResourceIds &shared();
