@@ -5,9 +5,12 @@
 
 #include <QGraphicsLayout>
 #include <QGraphicsScene>
+#include <QPainterPath>
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <utility>
 
 namespace {
 
@@ -68,7 +71,38 @@ private:
 
 } // namespace
 
-ExtensionFrame::ExtensionFrame(QGraphicsWidget *content, Place place) : m_content(content), m_place(place)
+// Stands above all of the content, so that it is painted when that has been; nothing is seen or hit of it.
+class ExtensionFrame::PaintingEnd : public QGraphicsItem
+{
+public:
+    explicit PaintingEnd(ExtensionFrame *frame) : QGraphicsItem(frame), m_frame(frame)
+    {
+        setZValue(std::numeric_limits<qreal>::max());
+        setAcceptedMouseButtons(Qt::NoButton);
+    }
+
+    void frameResized() { prepareGeometryChange(); }
+    [[nodiscard]] QRectF boundingRect() const override { return m_frame->rect(); }
+    [[nodiscard]] QPainterPath shape() const override { return {}; }
+    // The shape of what is clipped counts for neither.
+    [[nodiscard]] bool contains(const QPointF &) const override { return false; }
+    [[nodiscard]] bool collidesWithPath(const QPainterPath &, Qt::ItemSelectionMode) const override
+    {
+        return false;
+    }
+    void paint(QPainter *, const QStyleOptionGraphicsItem *, QWidget *) override
+    {
+        Q_EMIT m_frame->painted(m_frame->m_clock() - m_frame->m_paintingBegan);
+    }
+
+private:
+    ExtensionFrame *m_frame;
+};
+
+ExtensionFrame::ExtensionFrame(QGraphicsWidget *content, Place place, ExtensionClock clock)
+    : m_content(content),
+      m_place(place),
+      m_clock(std::move(clock))
 {
     setFlag(ItemClipsChildrenToShape);
     // A page of its own is its to fill.
@@ -77,8 +111,25 @@ ExtensionFrame::ExtensionFrame(QGraphicsWidget *content, Place place) : m_conten
     keepHostLook(this);
     content->setParentItem(this);
     setLayout(new OneWidgetLayout(this, content));
+    if (m_clock)
+        m_paintingEnd = new PaintingEnd(this);
     connect(content, &QObject::destroyed, this, &ExtensionFrame::contentDeleted);
     connect(content, &QGraphicsWidget::visibleChanged, this, [this] { layout()->invalidate(); });
+}
+
+// Before the content.
+void ExtensionFrame::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *widget)
+{
+    QGraphicsWidget::paint(painter, option, widget);
+    if (m_clock)
+        m_paintingBegan = m_clock();
+}
+
+void ExtensionFrame::resizeEvent(QGraphicsSceneResizeEvent *event)
+{
+    QGraphicsWidget::resizeEvent(event);
+    if (m_paintingEnd)
+        m_paintingEnd->frameResized();
 }
 
 const ExtensionFrame *ExtensionFrame::around(const QGraphicsWidget *widget)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "extensionclock.h"
+
 #include <QGraphicsWidget>
 #include <QPointer>
 
@@ -14,7 +16,9 @@ class ExtensionFrame : public QGraphicsWidget
 public:
     enum class Place { SharedPage, OwnPage };
 
-    explicit ExtensionFrame(QGraphicsWidget *content, Place place = Place::SharedPage);
+    // With a clock, painting what is in it is timed.
+    explicit ExtensionFrame(QGraphicsWidget *content, Place place = Place::SharedPage,
+                            ExtensionClock clock = {});
     ~ExtensionFrame() override;
 
     [[nodiscard]] Place place() const { return m_place; }
@@ -28,8 +32,19 @@ public:
 
 Q_SIGNALS:
     void contentDeleted();
+    // How long the content took.
+    void painted(qint64 ms);
+
+protected:
+    void paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *widget) override;
+    void resizeEvent(QGraphicsSceneResizeEvent *event) override;
 
 private:
+    class PaintingEnd;
+
     QPointer<QGraphicsWidget> m_content;
     Place m_place;
+    ExtensionClock m_clock;
+    qint64 m_paintingBegan = 0;
+    PaintingEnd *m_paintingEnd = nullptr; // null: it is not timed
 };

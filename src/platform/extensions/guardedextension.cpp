@@ -14,6 +14,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -165,11 +166,22 @@ QGraphicsWidget *GuardedExtension::widget()
     if (!m_content || !m_extension)
         return nullptr;
     if (!m_frame) {
-        m_frame = new ExtensionFrame(m_content);
+        m_frame = new ExtensionFrame(m_content, ExtensionFrame::Place::SharedPage, m_clock);
+        connect(m_frame, &ExtensionFrame::painted, this, &GuardedExtension::notePainting);
         connect(m_frame, &ExtensionFrame::contentDeleted, this,
                 [this] { fail(Kind::WidgetGone, u"it deleted the widget that it had given"_s); });
     }
     return m_frame;
+}
+
+// Which may happen for each frame: said again only when it got worse.
+void GuardedExtension::notePainting(qint64 took)
+{
+    if (took <= std::max(FrameTime, m_longestPainting))
+        return;
+    m_longestPainting = took;
+    qCWarning(extensionsLog, "“%ls” took %lld ms to paint, longer than a frame",
+              qUtf16Printable(m_description.name), static_cast<long long>(took));
 }
 
 void GuardedExtension::contentChanged(const ContentRecord &content)

@@ -58,6 +58,7 @@ private:
     template <typename Call> bool guarded(const char *name, Call call);
     void fail(ExtensionFailure::Kind kind, const QString &detail);
     void takeWidget();
+    void notePainting(qint64 took);
 
     ExtensionDescription m_description;
     ExtensionClock m_clock;
@@ -65,6 +66,7 @@ private:
     std::unique_ptr<CallMarker> m_marker;
     QPointer<QObject> m_root; // what the plug-in made
     ExtensionInterface *m_extension = nullptr; // null before it is made and after a failure
+    qint64 m_longestPainting = 0; // ms
     int m_depth = 0; // calls that have not returned
     QPointer<QGraphicsWidget> m_content;
     QPointer<ExtensionFrame> m_frame;

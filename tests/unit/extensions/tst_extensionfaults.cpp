@@ -10,9 +10,12 @@
 
 #include "support/loglines.h"
 
+#include <QImage>
+#include <QPainter>
 #include <QSignalSpy>
 #include <QTest>
 
+#include <algorithm>
 #include <deque>
 #include <memory>
 
@@ -57,6 +60,7 @@ private Q_SLOTS:
     void sizesThatNoPageHas_data();
     void sizesThatNoPageHas();
     void whatTakesLongerThanAFrameIsLogged();
+    void paintingThatTakesLongerThanAFrameIsLogged();
     void turnedOffAndOnItIsTriedAgain();
     void whatRunsAnEventLoopIsDeletedWhenItReturns_data();
     void whatRunsAnEventLoopIsDeletedWhenItReturns();
@@ -275,6 +279,38 @@ void TestExtensionFaults::sizesThatNoPageHas()
         QVERIFY(size.height() >= 0 && size.height() <= height);
     }
     QCOMPARE(widget->effectiveSizeHint(Qt::MinimumSize, {480, -1}).width(), 480.0);
+}
+
+void TestExtensionFaults::paintingThatTakesLongerThanAFrameIsLogged()
+{
+    m_places->install(u"user"_s, u"tested.desktop"_s, u"ext_watched"_s);
+    qint64 now = 0;
+    qint64 step = 0; // each time that the clock is asked
+    load([&] { return now += step; });
+    const QStringList before = m_log->all();
+    const auto paint = [&](qint64 took) {
+        step = took;
+        QImage picture(480, 854, QImage::Format_RGB32);
+        QPainter painter(&picture);
+        m_page->scene()->render(&painter);
+        step = 0;
+    };
+    paint(16);
+    QCOMPARE(m_log->all(), before);
+    paint(40);
+    paint(40);
+    paint(39);
+    paint(41);
+    QCOMPARE(m_log->all().sliced(before.size()),
+             QStringList({u"“The user one” took 40 ms to paint, longer than a frame"_s,
+                          u"“The user one” took 41 ms to paint, longer than a frame"_s}));
+    // What measures it is in nobody's way.
+    const QPointF middle = m_page->widget()->mapToScene(m_page->widget()->rect().center());
+    const QList<QGraphicsItem *> hit
+        = m_page->scene()->items(middle) + m_page->scene()->items(QRectF(middle, QSizeF(1, 1)));
+    QVERIFY(!hit.isEmpty());
+    QVERIFY(
+        std::all_of(hit.cbegin(), hit.cend(), [](const QGraphicsItem *item) { return item->isWidget(); }));
 }
 
 void TestExtensionFaults::whatTakesLongerThanAFrameIsLogged()
