@@ -22,7 +22,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr int PatienceMs = 30000;
-constexpr auto HeadStart = 300ms; // for another thread to get ahead
+constexpr int HeadStartMs = 300; // for another thread to get ahead
 constexpr unsigned TimeLimitMs = 20000;
 
 // What an element is about to do, or has done; told on the thread that does it, which goes on when this
@@ -134,13 +134,13 @@ private Q_SLOTS:
         onLog = [&](std::string_view element, std::string_view text) {
             if (element == "qtdemux" && text.find("completed state change to PAUSED") != text.npos) {
                 ++held;
-                std::this_thread::sleep_for(HeadStart);
+                (void)QSemaphore().tryAcquire(1, HeadStartMs); // nothing tells that it is ahead
             }
         };
         const Answer answer = inspect(m_cut);
         QCOMPARE(answer.status, WorkerProtocol::NotMedia);
         QVERIFY2(answer.ms < TimeLimitMs / 2, qPrintable(QString::number(answer.ms)));
-        QCOMPARE(held, 1);
+        QVERIFY(held > 0); // the state may be told twice
     }
 
 private:
