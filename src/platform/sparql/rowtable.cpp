@@ -5,15 +5,35 @@
 
 #include <cstring>
 #include <limits>
+#include <vector>
+
+namespace {
+
+// As QByteArrayView::toInt(), which looks at a locale for every number.
+int smallNumber(QByteArrayView digits)
+{
+    constexpr qsizetype mostDigits = 9;
+    if (digits.size() > mostDigits)
+        return digits.toInt();
+    int number = 0;
+    for (const char digit : digits) {
+        if (digit < '0' || digit > '9')
+            return digits.toInt();
+        number = 10 * number + (digit - '0');
+    }
+    return number;
+}
+
+} // namespace
 
 bool RowTable::append(Type type, QByteArrayView utf8)
 {
-    if (size_t(m_bytes.size()) + size_t(utf8.size()) > std::numeric_limits<quint32>::max()
+    if (m_bytes.size() + size_t(utf8.size()) > std::numeric_limits<quint32>::max()
         || m_ends.size() >= mostCells)
         return false;
-    m_bytes.append(utf8);
-    m_ends.push_back(quint32(m_bytes.size()));
-    m_types.push_back(type);
+    m_bytes.append(utf8.data(), size_t(utf8.size()));
+    m_ends.append(quint32(m_bytes.size()));
+    m_types.append(type);
     return true;
 }
 
@@ -28,7 +48,7 @@ void RowTable::moveRow(int from, int to)
     for (int column = 0; column < m_columns; ++column, ++source, ++target) {
         const quint32 end = m_ends[source];
         const quint32 place = target == 0 ? 0 : m_ends[target - 1];
-        std::memmove(m_bytes.data() + place, m_bytes.constData() + begin, end - begin);
+        std::memmove(m_bytes.data() + place, m_bytes.data() + begin, end - begin);
         m_ends[target] = place + end - begin;
         m_types[target] = m_types[source];
         begin = end;
@@ -38,9 +58,9 @@ void RowTable::moveRow(int from, int to)
 void RowTable::truncate(int rows)
 {
     const size_t cells = size_t(rows) * size_t(m_columns);
-    m_ends.resize(cells);
-    m_types.resize(cells);
-    m_bytes.truncate(cells == 0 ? 0 : qsizetype(m_ends.back()));
+    m_ends.truncate(cells);
+    m_types.truncate(cells);
+    m_bytes.truncate(cells == 0 ? 0 : m_ends[cells - 1]);
 }
 
 void RowTable::removeRepeated(int column)
@@ -51,7 +71,7 @@ void RowTable::removeRepeated(int column)
     int kept = 0;
     const int all = rows();
     for (int row = 0; row < all; ++row) {
-        const int number = bytes(size_t(row) * size_t(m_columns) + size_t(column)).toInt();
+        const int number = smallNumber(bytes(size_t(row) * size_t(m_columns) + size_t(column)));
         if (number > 0) {
             if (seen.size() <= size_t(number))
                 seen.resize(size_t(number) + 1);
@@ -68,15 +88,20 @@ void RowTable::removeRepeated(int column)
 bool RowTable::appendRows(const RowTable &other)
 {
     Q_ASSERT(m_columns == other.m_columns);
-    if (size_t(m_bytes.size()) + size_t(other.m_bytes.size()) > std::numeric_limits<quint32>::max()
+    if (m_bytes.size() + other.m_bytes.size() > std::numeric_limits<quint32>::max()
         || m_ends.size() + other.m_ends.size() > mostCells)
         return false;
     const auto base = quint32(m_bytes.size());
-    m_bytes.append(other.m_bytes);
-    for (const quint32 end : other.m_ends)
-        m_ends.push_back(base + end);
-    m_types.insert(m_types.end(), other.m_types.begin(), other.m_types.end());
+    m_bytes.append(other.m_bytes.data(), other.m_bytes.size());
+    for (size_t cell = 0; cell < other.m_ends.size(); ++cell)
+        m_ends.append(base + other.m_ends[cell]);
+    m_types.append(other.m_types.data(), other.m_types.size());
     return true;
+}
+
+QByteArrayView RowTable::utf8(int row, int column) const
+{
+    return contains(row, column) ? bytes(size_t(row) * size_t(m_columns) + size_t(column)) : QByteArrayView();
 }
 
 bool RowTable::contains(int row, int column) const
@@ -87,7 +112,7 @@ bool RowTable::contains(int row, int column) const
 QByteArrayView RowTable::bytes(size_t cell) const
 {
     const quint32 begin = cell == 0 ? 0 : m_ends[cell - 1];
-    return QByteArrayView(m_bytes).sliced(begin, m_ends[cell] - begin);
+    return QByteArrayView(m_bytes.data() + begin, qsizetype(m_ends[cell] - begin));
 }
 
 QString RowTable::text(int row, int column) const

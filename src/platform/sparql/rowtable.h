@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "growingarray.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QVariant>
-
-#include <vector>
 
 // The rows of one answer, packed: all texts one behind the other as UTF-8, five bytes beside each.
 class RowTable
@@ -29,9 +29,11 @@ public:
     [[nodiscard]] bool appendRows(const RowTable &other);
 
     [[nodiscard]] int columns() const { return m_columns; }
-    [[nodiscard]] qsizetype textBytes() const { return m_bytes.size(); }
+    [[nodiscard]] qsizetype textBytes() const { return qsizetype(m_bytes.size()); }
     [[nodiscard]] int rows() const { return m_columns > 0 ? int(m_ends.size() / size_t(m_columns)) : 0; }
 
+    // As it came, empty when unbound or out of range; lives as long as the table is not changed.
+    [[nodiscard]] QByteArrayView utf8(int row, int column) const;
     // Null when unbound or out of range.
     [[nodiscard]] QString text(int row, int column) const;
     [[nodiscard]] QVariant value(int row, int column) const;
@@ -43,7 +45,7 @@ private:
     void truncate(int rows);
 
     int m_columns = 0;
-    QByteArray m_bytes;
-    std::vector<quint32> m_ends;
-    std::vector<Type> m_types;
+    GrowingArray<char> m_bytes;
+    GrowingArray<quint32> m_ends;
+    GrowingArray<Type> m_types;
 };

@@ -21,3 +21,17 @@ int nextId()
 SparqlResult::SparqlResult(QObject *parent) : QObject(parent), m_id(nextId()) { }
 
 SparqlResult::~SparqlResult() = default;
+
+RowTable SparqlResult::takeTable(int columns)
+{
+    RowTable table(columns);
+    bool fits = true;
+    while (fits && next()) {
+        for (int column = 0; column < columns; ++column) {
+            const QString text = stringValue(column);
+            const auto type = text.isNull() ? RowTable::Type::Unbound : RowTable::Type::Text;
+            fits = table.append(type, text.toUtf8()) && fits;
+        }
+    }
+    return table;
+}

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "rowtable.h"
+
 #include <QObject>
 #include <QString>
 #include <QVariant>
@@ -32,6 +34,9 @@ public:
     [[nodiscard]] virtual QVariant value(int column) const = 0;
     // The same as text, without building a QVariant; null when unbound.
     [[nodiscard]] virtual QString stringValue(int column) const { return value(column).toString(); }
+    // The first `columns` of all rows from the present one on, packed; the result has no rows afterwards.
+    // What does not fit into a table is left out.
+    [[nodiscard]] virtual RowTable takeTable(int columns);
     // Number of rows, once finished.
     [[nodiscard]] virtual int size() const = 0;
 

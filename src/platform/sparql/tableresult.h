@@ -21,6 +21,7 @@ public:
     {
         return m_outcome.table.text(m_row, column);
     }
+    [[nodiscard]] RowTable takeTable(int columns) override;
     [[nodiscard]] int size() const override { return m_outcome.table.rows(); }
 
     // Ends the statement, the first time it is called. Not from within exec().
