@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "serverlibrary.h"
 
+#include "data/allvideosmodel.h"
 #include "data/storenews.h"
+#include "data/trackeranswers.h"
 #include "data/trackerinterface.h"
 #include "data/videoinfo.h"
 #include "platform/servers/changepoll.h"
 #include "platform/servers/serversettings.h"
+#include "platform/system/background.h"
 #include "platform/system/devicestate.h"
 #include "platform/toolkit/applicationwindow.h"
 
 #include <chrono>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -31,6 +35,18 @@ ChangePoll *makePoll(const QString &driver, QObject *parent)
     return new ChangePoll(options, parent);
 }
 
+LibrarySnapshot snapshotOf(const RowTable &table)
+{
+    LibrarySnapshot snapshot;
+    for (int row = 0; row < table.rows(); ++row) {
+        const QString fileName = table.text(row, VideoColumn::FileName);
+        snapshot.add({table.utf8(row, VideoColumn::TrackerId).toInt(),
+                      TrackerAnswers::titleOrBaseName(table.text(row, VideoColumn::Title), fileName),
+                      table.text(row, VideoColumn::PlayPosition), fileName});
+    }
+    return snapshot;
+}
+
 } // namespace
 
 ServerLibrary::ServerLibrary(const QString &driver, QObject *parent)
@@ -39,6 +55,7 @@ ServerLibrary::ServerLibrary(const QString &driver, QObject *parent)
 {
     ChangeNotifier::setSource([this](ChangeNotifier *notifier) { m_poll->attach(notifier); });
     connect(m_poll, &ChangePoll::reachableChanged, this, &ServerLibrary::updateReachable);
+    connect(&m_snapshot, &QFutureWatcher<LibrarySnapshot>::finished, this, &ServerLibrary::takeSnapshot);
     m_retry.setObjectName(u"listRetry"_s);
     m_retry.setSingleShot(true);
     m_retry.setInterval(RetryInterval);
@@ -53,8 +70,8 @@ ServerLibrary::~ServerLibrary()
 void ServerLibrary::follow(TrackerInterface *store)
 {
     m_store = store;
-    connect(store, &TrackerInterface::allVideosFinished, this, &ServerLibrary::listLoaded);
     const StoreNews *news = store->news();
+    connect(news, &StoreNews::listLoaded, this, &ServerLibrary::listLoaded);
     connect(news, &StoreNews::listFailed, this, &ServerLibrary::listFailed);
     connect(news, &StoreNews::propertyStored, this, &ServerLibrary::propertyStored);
     connect(news, &StoreNews::reachableChanged, this, &ServerLibrary::updateReachable);
@@ -89,17 +106,25 @@ void ServerLibrary::updateVisible()
     m_poll->setVisible(m_windowOnDisplay && m_displayOn);
 }
 
-void ServerLibrary::listLoaded(const QList<QStringList> &rows)
+void ServerLibrary::listLoaded(const std::shared_ptr<const RowTable> &table)
 {
-    LibrarySnapshot list;
-    for (const QStringList &row : rows)
-        list.add({row.at(VideoColumn::TrackerId).toInt(), row.at(VideoColumn::Title),
-                  row.at(VideoColumn::PlayPosition), row.at(VideoColumn::FileName)});
-    m_poll->setList(std::move(list));
+    m_awaitsSnapshot = table->rows() > AllVideosModel::RowsAtOnce;
+    if (m_awaitsSnapshot)
+        m_snapshot.setFuture(inBackground([table] { return snapshotOf(*table); }));
+    else
+        m_poll->setList(snapshotOf(*table));
     m_retry.stop();
     m_hasList = true;
     m_listFailed = false;
     updateReachable();
+}
+
+void ServerLibrary::takeSnapshot()
+{
+    if (!std::exchange(m_awaitsSnapshot, false))
+        return;
+    QFuture<LibrarySnapshot> snapshot = m_snapshot.future();
+    m_poll->setList(snapshot.takeResult());
 }
 
 // The server may be there and not willing, or still starting. One that is away makes the store ask again by

@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QList>
+#include "platform/servers/librarysnapshot.h"
+
+#include <QFutureWatcher>
 #include <QObject>
-#include <QStringList>
 #include <QTimer>
 
 #include <memory>
 
 class ChangePoll;
+class RowTable;
 class TrackerInterface;
 
 namespace toolkit {
@@ -41,7 +43,8 @@ Q_SIGNALS:
     void reachableChanged(bool reachable);
 
 private:
-    void listLoaded(const QList<QStringList> &rows);
+    void listLoaded(const std::shared_ptr<const RowTable> &table);
+    void takeSnapshot();
     void listFailed();
     void askForListAgain();
     void propertyStored(const QString &urn, const QString &property);
@@ -51,6 +54,8 @@ private:
     ChangePoll *m_poll;
     TrackerInterface *m_store = nullptr;
     QTimer m_retry{this};
+    QFutureWatcher<LibrarySnapshot> m_snapshot; // of the list that was loaded last
+    bool m_awaitsSnapshot = false;
     bool m_hasList = false;
     bool m_listFailed = false; // before any was loaded
     bool m_isReachable = true;

@@ -2,75 +2,62 @@
 #include "allvideosmodel.h"
 
 #include "datalog.h"
-#include "thumbnailhelper.h"
+#include "storenews.h"
 #include "trackerinterface.h"
-#include "videoinfo.h"
+
+#include <platform/system/background.h>
 
 #include <QSet>
 #include <QTimer>
 
-#include <bit>
+#include <algorithm>
 #include <utility>
 
 namespace {
 
 constexpr int coalescingIntervalMs = 2000;
 
-// A row of the store with its two paths, in one allocation.
-QStringList modelRow(const QStringList &row, const QString &pausePath, const QString &defaultPath)
+// Texts of another maker, as a table.
+std::shared_ptr<const RowTable> tableOf(const QList<QStringList> &rows)
 {
-    QStringList extended;
-    extended.reserve(VideoColumn::Count);
-    extended += row;
-    extended.resize(VideoColumn::RowSize);
-    extended.append(pausePath);
-    extended.append(defaultPath);
-    return extended;
+    RowTable table(VideoColumn::RowSize);
+    for (const QStringList &row : rows) {
+        bool fits = true;
+        for (int column = 0; column < VideoColumn::RowSize; ++column) {
+            const QString text = row.value(column);
+            const auto type = text.isNull() ? RowTable::Type::Unbound : RowTable::Type::Text;
+            fits = table.append(type, text.toUtf8()) && fits;
+        }
+        if (!fits) {
+            qCWarning(lcData) << "void AllVideosModel::queryFinished(QList<QStringList>)"
+                              << "more rows than can be held";
+            break;
+        }
+    }
+    return std::make_shared<const RowTable>(std::move(table));
 }
 
 } // namespace
 
-size_t AllVideosModel::RowIndex::slotOf(const QList<QStringList> &rows, const QString &text) const
-{
-    const size_t mask = m_slots.size() - 1;
-    size_t slot = qHash(text) & mask;
-    while (m_slots[slot] >= 0 && rows.at(m_slots[slot]).at(m_column) != text)
-        slot = (slot + 1) & mask;
-    return slot;
-}
-
-void AllVideosModel::RowIndex::cover(const QList<QStringList> &rows)
-{
-    const size_t wanted = 2 * size_t(rows.size()) + 1;
-    if (m_slots.size() < wanted) {
-        m_slots.assign(std::bit_ceil(wanted), -1);
-        m_indexed = 0;
-    }
-    for (; m_indexed < rows.size(); ++m_indexed) {
-        int &row = m_slots[slotOf(rows, rows.at(m_indexed).at(m_column))];
-        if (row < 0)
-            row = m_indexed;
-    }
-}
-
-int AllVideosModel::RowIndex::find(const QList<QStringList> &rows, const QString &text)
-{
-    cover(rows);
-    return m_slots[slotOf(rows, text)];
-}
-
 AllVideosModel::AllVideosModel(QObject *parent)
     : QAbstractItemModel(parent),
       m_store(TrackerInterface::instance()),
-      m_changeTimer(new QTimer(this)),
-      m_byUrn(VideoColumn::Urn),
-      m_byUrl(VideoColumn::Url),
-      m_byId(VideoColumn::TrackerId)
+      m_changeTimer(new QTimer(this))
 {
     m_changeTimer->setSingleShot(true);
     m_changeTimer->setInterval(coalescingIntervalMs);
     connect(m_changeTimer, &QTimer::timeout, this, &AllVideosModel::doEmitDataChanged);
-    connect(m_store, &TrackerInterface::allVideosFinished, this, &AllVideosModel::queryFinished);
+    m_store->news()->addTableReader(this);
+    connect(m_store->news(), &StoreNews::listLoaded, this, [this](const Table &table, int id) {
+        m_tableId = id;
+        load(table);
+    });
+    connect(m_store, &TrackerInterface::allVideosFinished, this,
+            [this](const QList<QStringList> &rows, int id) {
+                if (id != m_tableId)
+                    queryFinished(rows);
+            });
+    connect(&m_loading, &QFutureWatcher<LibraryRows>::finished, this, &AllVideosModel::takeLoaded);
     connect(m_store, &TrackerInterface::videosDeleted, this, &AllVideosModel::videosDeleted);
     // By name: the store has a slot of this name, too.
     connect(m_store, SIGNAL(videosChanged(QList<QStringList>)), this,
@@ -85,7 +72,7 @@ AllVideosModel::~AllVideosModel() = default;
 
 int AllVideosModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : int(m_rows.size());
+    return parent.isValid() ? 0 : m_rows.count();
 }
 
 int AllVideosModel::columnCount(const QModelIndex &parent) const
@@ -107,15 +94,15 @@ QVariant AllVideosModel::data(const QModelIndex &index, int role) const
 {
     const int row = index.row();
     const int column = index.column();
-    if (row < 0 || row > m_rows.size() || column < 0 || column > VideoColumn::Count) {
+    if (row < 0 || row > m_rows.count() || column < 0 || column > VideoColumn::Count) {
         qCWarning(lcData) << "virtual QVariant AllVideosModel::data(const QModelIndex&, int) const"
                           << "Index out of bounds";
         return {};
     }
     // The range above is one wider than what is stored, both ways: quiet, and nothing there.
-    if (row == m_rows.size() || column == VideoColumn::Count)
+    if (row == m_rows.count() || column == VideoColumn::Count)
         return {};
-    return m_rows.at(row).at(column);
+    return m_rows.text(row, column);
 }
 
 QString AllVideosModel::groupTitle(int group) const
@@ -128,19 +115,11 @@ QVariant AllVideosModel::groupData(const QModelIndex &index, int group, int role
     return {};
 }
 
-const QString &AllVideosModel::text(int row, int column) const
-{
-    static const QString nothing;
-    if (row < 0 || row >= m_rows.size() || column < 0 || column >= VideoColumn::Count)
-        return nothing;
-    return m_rows.at(row).at(column);
-}
-
 QString AllVideosModel::titleForUrn(const QString &urn) const
 {
-    const int row = findRowByUrn(urn);
+    const int row = rowOfUrn(urn);
     if (row >= 0)
-        return m_rows.at(row).at(VideoColumn::Title);
+        return m_rows.text(row, VideoColumn::Title);
     qCWarning(lcData) << "QString AllVideosModel::titleForUrn(const QString&)"
                       << "Urn not in model";
     return {};
@@ -148,9 +127,9 @@ QString AllVideosModel::titleForUrn(const QString &urn) const
 
 QString AllVideosModel::urnForUrl(const QString &url) const
 {
-    const int row = findRowByUrl(url);
+    const int row = rowOfUrl(url);
     if (row >= 0)
-        return m_rows.at(row).at(VideoColumn::Urn);
+        return m_rows.text(row, VideoColumn::Urn);
     qCWarning(lcData) << "QString AllVideosModel::urnForUrl(const QString&)"
                       << "Url not in model";
     return {};
@@ -158,72 +137,81 @@ QString AllVideosModel::urnForUrl(const QString &url) const
 
 QString AllVideosModel::urlForUrn(const QString &urn) const
 {
-    const int row = findRowByUrn(urn);
+    const int row = rowOfUrn(urn);
     if (row >= 0)
-        return m_rows.at(row).at(VideoColumn::Url);
+        return m_rows.text(row, VideoColumn::Url);
     qCWarning(lcData) << "QString AllVideosModel::urlForUrn(const QString&)"
                       << "Urn not in model";
     return {};
 }
 
-int AllVideosModel::findRowByUrl(const QString &url) const
-{
-    return m_byUrl.find(m_rows, url);
-}
-
 int AllVideosModel::findRowById(int id) const
 {
-    return m_byId.find(m_rows, QString::number(id));
-}
-
-int AllVideosModel::findRowByUrn(const QString &urn) const
-{
-    return m_byUrn.find(m_rows, urn);
-}
-
-void AllVideosModel::invalidateIndexes()
-{
-    m_byUrn.invalidate();
-    m_byUrl.invalidate();
-    m_byId.invalidate();
+    return m_rows.find(VideoColumn::TrackerId, QString::number(id));
 }
 
 void AllVideosModel::queryFinished(QList<QStringList> allVideos)
 {
-    beginResetModel();
-    ThumbnailHelper *thumbnails = ThumbnailHelper::instance();
-    {
-        const ThumbnailHelper::FolderListing listing(thumbnails);
-        QString defaultPath;
-        QString pausePath;
-        for (QStringList &row : allVideos) {
-            thumbnails->setThumbnailPaths(row.value(VideoColumn::Url), defaultPath, pausePath);
-            row = modelRow(row, pausePath, defaultPath);
-        }
+    setRows(LibraryRows(tableOf(allVideos), ThumbnailListing::ofFolders(), true));
+}
+
+void AllVideosModel::load(const Table &table)
+{
+    if (table->rows() <= RowsAtOnce) {
+        setRows(LibraryRows(table, ThumbnailListing::ofFolders(), false));
+        return;
     }
-    m_rows = std::move(allVideos);
-    invalidateIndexes();
+    m_meanwhile.clear(); // this answer is newer
+    m_isLoading = true;
+    m_loading.setFuture(
+        inBackground([table] { return LibraryRows(table, ThumbnailListing::ofFolders(), false); }));
+}
+
+void AllVideosModel::takeLoaded()
+{
+    if (!m_isLoading)
+        return;
+    QFuture<LibraryRows> loaded = m_loading.future();
+    const std::vector<std::function<void()>> meanwhile = std::exchange(m_meanwhile, {});
+    setRows(loaded.takeResult());
+    for (const std::function<void()> &change : meanwhile)
+        change();
+}
+
+// Replaces all rows, and what is being loaded.
+void AllVideosModel::setRows(LibraryRows rows)
+{
+    m_isLoading = false;
+    m_meanwhile.clear();
+    beginResetModel();
+    std::swap(m_rows, rows);
     endResetModel();
     Q_EMIT modelUpdated();
 }
 
+void AllVideosModel::repeatOnceLoaded(std::function<void()> change)
+{
+    if (m_isLoading)
+        m_meanwhile.push_back(std::move(change));
+}
+
 QString AllVideosModel::removeRowAndEqualOnes(int row)
 {
-    const QStringList removed = m_rows.at(row);
+    const QString url = m_rows.text(row, VideoColumn::Url);
     // Once a row in normal operation. Were there equal ones, each is announced, so that views stay in step.
-    while (row >= 0) {
-        beginRemoveRows(QModelIndex(), row, row);
-        m_rows.removeAt(row);
-        invalidateIndexes();
+    const QList<int> rows = m_rows.equalRows(row);
+    for (auto equal = rows.crbegin(); equal != rows.crend(); ++equal) {
+        beginRemoveRows(QModelIndex(), *equal, *equal);
+        m_rows.remove(*equal);
         endRemoveRows();
-        row = int(m_rows.indexOf(removed, row));
     }
-    return removed.at(VideoColumn::Url);
+    return url;
 }
 
 void AllVideosModel::removeVideo(const QString &url)
 {
-    const int row = findRowByUrl(url);
+    repeatOnceLoaded([this, url] { removeVideo(url); });
+    const int row = rowOfUrl(url);
     if (row < 0)
         return;
     const QString removedUrl = removeRowAndEqualOnes(row);
@@ -235,6 +223,7 @@ void AllVideosModel::videosDeleted(QList<int> ids)
 {
     if (ids.isEmpty())
         return;
+    repeatOnceLoaded([this, ids] { videosDeleted(ids); });
     if (ids.size() == 1) {
         const int row = findRowById(ids.first());
         if (row < 0)
@@ -245,20 +234,20 @@ void AllVideosModel::videosDeleted(QList<int> ids)
         return;
     }
     // One reset instead of many removals: views build up once.
-    QSet<QStringList> removedRows;
+    QSet<int> removedRows;
     QStringList removedUrls;
     for (const int id : std::as_const(ids)) {
         const int row = findRowById(id);
         if (row < 0)
             continue;
-        removedRows.insert(m_rows.at(row));
-        removedUrls.append(m_rows.at(row).at(VideoColumn::Url));
+        const QList<int> equalRows = m_rows.equalRows(row);
+        removedRows.unite(QSet<int>(equalRows.cbegin(), equalRows.cend()));
+        removedUrls.append(m_rows.text(row, VideoColumn::Url));
     }
+    QList<int> sorted = removedRows.values();
+    std::sort(sorted.begin(), sorted.end());
     beginResetModel();
-    if (!removedRows.isEmpty()) {
-        m_rows.removeIf([&removedRows](const QStringList &row) { return removedRows.contains(row); });
-        invalidateIndexes();
-    }
+    m_rows.remove(sorted);
     endResetModel();
     Q_EMIT modelUpdated();
     Q_EMIT filesRemoved(removedUrls);
@@ -268,11 +257,12 @@ void AllVideosModel::videosChanged(QList<QStringList> changedVideos)
 {
     if (changedVideos.isEmpty())
         return;
+    repeatOnceLoaded([this, changedVideos] { videosChanged(changedVideos); });
     QList<QStringList> newRows;
-    int lowest = int(m_rows.size());
+    int lowest = m_rows.count();
     int highest = -1;
     for (const QStringList &changed : std::as_const(changedVideos)) {
-        const int row = findRowByUrn(changed.value(VideoColumn::Urn));
+        const int row = rowOfUrn(changed.value(VideoColumn::Urn));
         if (row < 0) {
             newRows.append(changed);
             continue;
@@ -292,32 +282,24 @@ void AllVideosModel::videosChanged(QList<QStringList> changedVideos)
 // The new content of a row; its thumbnails stay.
 void AllVideosModel::replaceRow(int row, const QStringList &changed)
 {
-    const QStringList &old = m_rows.at(row);
-    if (old.value(VideoColumn::Title) != changed.value(VideoColumn::Title))
+    if (m_rows.text(row, VideoColumn::Title) != changed.value(VideoColumn::Title))
         m_titleChanged = true;
-    if (old.value(VideoColumn::Url) != changed.value(VideoColumn::Url))
-        m_byUrl.invalidate();
-    if (old.value(VideoColumn::TrackerId) != changed.value(VideoColumn::TrackerId))
-        m_byId.invalidate();
-    m_rows[row]
-        = modelRow(changed, old.value(VideoColumn::PauseThumbnail), old.value(VideoColumn::DefaultThumbnail));
+    m_rows.replace(row, changed);
 }
 
 void AllVideosModel::appendRows(const QList<QStringList> &rows)
 {
-    const int first = int(m_rows.size());
+    const int first = m_rows.count();
     beginInsertRows(QModelIndex(), first, first + int(rows.size()) - 1);
-    m_rows.reserve(first + rows.size());
     for (const QStringList &row : rows)
-        m_rows.append(
-            modelRow(row, row.value(VideoColumn::PauseThumbnail), row.value(VideoColumn::DefaultThumbnail)));
+        m_rows.append(row);
     endInsertRows();
     Q_EMIT modelUpdated();
 }
 
 void AllVideosModel::setThumbnail(int row, int column, const QString &path, bool &changedFlag)
 {
-    m_rows[row][column] = path;
+    m_rows.setThumbnail(row, column, path);
     changedFlag = true;
     emitDataChanged(row, row);
 }
@@ -326,7 +308,8 @@ void AllVideosModel::defaultThumbnailUpdated(QString videoUrl, QString thumbPath
 {
     if (videoUrl.isEmpty() || thumbPath.isEmpty())
         return;
-    const int row = findRowByUrl(videoUrl);
+    repeatOnceLoaded([this, videoUrl, thumbPath] { defaultThumbnailUpdated(videoUrl, thumbPath); });
+    const int row = rowOfUrl(videoUrl);
     if (row < 0) {
         qCWarning(lcData).noquote()
             << "void AllVideosModel::defaultThumbnailUpdated(const QString&, const QString&)"
@@ -338,7 +321,8 @@ void AllVideosModel::defaultThumbnailUpdated(QString videoUrl, QString thumbPath
 
 void AllVideosModel::pauseThumbnailUpdated(QString videoUrl, QString thumbPath)
 {
-    const int row = findRowByUrl(videoUrl);
+    repeatOnceLoaded([this, videoUrl, thumbPath] { pauseThumbnailUpdated(videoUrl, thumbPath); });
+    const int row = rowOfUrl(videoUrl);
     if (row < 0) {
         qCWarning(lcData).noquote()
             << "void AllVideosModel::pauseThumbnailUpdated(const QString&, const QString&)"
@@ -350,7 +334,7 @@ void AllVideosModel::pauseThumbnailUpdated(QString videoUrl, QString thumbPath)
 
 void AllVideosModel::emitDataChanged(int first, int last)
 {
-    if (first < 0 || last >= m_rows.size()) {
+    if (first < 0 || last >= m_rows.count()) {
         qCWarning(lcData) << "void AllVideosModel::emitDataChanged(int, int)"
                           << "index out of bounds";
         return;
@@ -374,7 +358,7 @@ void AllVideosModel::doEmitDataChanged()
     const int column = m_titleChanged ? VideoColumn::Title : VideoColumn::Urn;
     // Rows may have gone since the range was noted.
     const int first = m_pendingFirstRow;
-    const int last = qMin(m_pendingLastRow, int(m_rows.size()) - 1);
+    const int last = qMin(m_pendingLastRow, m_rows.count() - 1);
     m_pendingFirstRow = -1;
     m_pendingLastRow = -1;
     m_rowsChanged = m_defaultThumbnailChanged = m_pauseThumbnailChanged = m_titleChanged = false;

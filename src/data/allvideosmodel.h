@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "libraryrows.h"
+
 #include <QAbstractItemModel>
+#include <QFutureWatcher>
 #include <QList>
 #include <QStringList>
 
+#include <functional>
+#include <memory>
 #include <vector>
 
 class QTimer;
@@ -13,11 +18,16 @@ class TrackerInterface;
 // The whole library in memory: a video row a video (columns of VideoColumn), in the store's order, and the
 // paths of its two thumbnails. Filled once, then kept current by the store's changes. Rows are unique by URN
 // in normal operation; look-ups take the first match.
+//
+// Up to RowsAtOnce rows of the store stand here when its answer has been told. More are made ready in a
+// thread and replace those before in one reset; what changes in between happens to both.
 class AllVideosModel : public QAbstractItemModel
 {
     Q_OBJECT
 
 public:
+    static constexpr int RowsAtOnce = 10000; // some milliseconds
+
     explicit AllVideosModel(QObject *parent);
     ~AllVideosModel() override;
 
@@ -34,9 +44,17 @@ public:
     [[nodiscard]] QString groupTitle(int group) const;
     [[nodiscard]] QVariant groupData(const QModelIndex &index, int group, int role) const;
 
-    // The cell's string without the way through a variant, for what sorts and filters 100,000 rows; a null
-    // string beyond the rows.
-    [[nodiscard]] const QString &text(int row, int column) const;
+    // The cell's string without the way through a variant, for what sorts and filters; a null string beyond
+    // the rows.
+    [[nodiscard]] QString text(int row, int column) const { return m_rows.text(row, column); }
+
+    // The first row of this video, -1 when there is none: no warning.
+    [[nodiscard]] int rowOfUrn(const QString &urn) const { return m_rows.find(VideoColumn::Urn, urn); }
+    [[nodiscard]] int rowOfUrl(const QString &url) const { return m_rows.find(VideoColumn::Url, url); }
+    [[nodiscard]] QList<int> rowsOfUrl(const QString &url) const
+    {
+        return m_rows.findAll(VideoColumn::Url, url);
+    }
 
     [[nodiscard]] QString titleForUrn(const QString &urn) const;
     [[nodiscard]] QString urnForUrl(const QString &url) const;
@@ -64,36 +82,21 @@ public Q_SLOTS:
 private:
     friend struct AllVideosModelProbe;
 
-    // First row by the text of a column. Built on the first look-up after rows moved, kept while rows are
-    // only appended or changed in place. Holds row numbers only: the texts stand in the rows.
-    class RowIndex
-    {
-    public:
-        explicit RowIndex(int column) : m_column(column) { }
-        void invalidate() { m_slots.clear(); }
-        [[nodiscard]] int find(const QList<QStringList> &rows, const QString &text);
+    using Table = std::shared_ptr<const RowTable>;
 
-    private:
-        void cover(const QList<QStringList> &rows);
-        // The slot of the text, or the free one where it would go.
-        [[nodiscard]] size_t slotOf(const QList<QStringList> &rows, const QString &text) const;
-
-        const int m_column;
-        int m_indexed = 0; // rows from 0 that are in the index
-        std::vector<int> m_slots; // a power of two, at most half of them taken; -1: free
-    };
-
-    [[nodiscard]] int findRowByUrl(const QString &url) const;
+    void load(const Table &table);
+    void takeLoaded();
+    void setRows(LibraryRows rows);
+    // Does it again once the rows that are being loaded stand here.
+    void repeatOnceLoaded(std::function<void()> change);
     [[nodiscard]] int findRowById(int id) const;
-    [[nodiscard]] int findRowByUrn(const QString &urn) const;
     void replaceRow(int row, const QStringList &changed);
     void appendRows(const QList<QStringList> &rows);
     QString removeRowAndEqualOnes(int row);
     void setThumbnail(int row, int column, const QString &path, bool &changedFlag);
-    void invalidateIndexes();
 
     TrackerInterface *m_store;
-    QList<QStringList> m_rows;
+    LibraryRows m_rows;
     QTimer *m_changeTimer;
     int m_pendingFirstRow = -1;
     int m_pendingLastRow = -1;
@@ -101,7 +104,10 @@ private:
     bool m_defaultThumbnailChanged = false;
     bool m_pauseThumbnailChanged = false;
     bool m_titleChanged = false;
-    mutable RowIndex m_byUrn;
-    mutable RowIndex m_byUrl;
-    mutable RowIndex m_byId;
+
+    int m_tableId = 0; // of the request that was answered with a table last
+    // A long list is made ready in a thread; what is shown and changed until then are the rows before.
+    QFutureWatcher<LibraryRows> m_loading;
+    bool m_isLoading = false;
+    std::vector<std::function<void()>> m_meanwhile; // changes since the answer came, in order
 };

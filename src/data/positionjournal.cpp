@@ -3,6 +3,7 @@
 
 #include "datalog.h"
 #include "resumerule.h"
+#include "storenews.h"
 #include "thumbnailhelper.h"
 
 #include <QCryptographicHash>
@@ -12,6 +13,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QPointer>
+#include <QSet>
 
 #include <limits>
 #include <utility>
@@ -60,6 +62,9 @@ PositionJournal::PositionJournal(TrackerInterface *store, ThumbnailHelper *thumb
 {
     load();
     connect(m_store, &TrackerInterface::allVideosFinished, this, &PositionJournal::storeAnswered);
+    m_store->news()->addTableReader(this);
+    connect(m_store->news(), &StoreNews::listLoaded, this,
+            [this](const std::shared_ptr<const RowTable> &table) { listLoaded(*table); });
     connect(m_store, qOverload<QList<QStringList>>(&TrackerInterface::videosChanged), this,
             &PositionJournal::storeAnswered);
 }
@@ -281,15 +286,41 @@ void PositionJournal::compare(const QString &urn, const TrackerInterface::Stored
 }
 
 // It is there, whatever it tells. A store that was built anew knows the video by another name.
-void PositionJournal::storeAnswered(const QList<QStringList> &rows)
+// URNs by the address, of those that the store did not know.
+QHash<QString, QString> PositionJournal::unknownUrns() const
 {
-    if (!m_restores)
-        return;
-    QHash<QString, QString> unknown; // address to URN
+    QHash<QString, QString> unknown;
     for (const Entry &entry : std::as_const(m_entries)) {
         if (entry.isLeft && entry.isUnknown && !entry.url.isEmpty())
             unknown.insert(entry.url, entry.urn);
     }
+    return unknown;
+}
+
+void PositionJournal::listLoaded(const RowTable &table)
+{
+    QSet<QByteArray> urls;
+    const QHash<QString, QString> unknown = unknownUrns();
+    for (auto entry = unknown.keyBegin(); entry != unknown.keyEnd(); ++entry)
+        urls.insert(entry->toUtf8());
+    QList<QStringList> rows; // only those that may be looked for
+    for (int row = 0; !urls.isEmpty() && row < table.rows(); ++row) {
+        const QByteArrayView url = table.utf8(row, VideoColumn::Url);
+        if (!urls.contains(QByteArray::fromRawData(url.data(), url.size())))
+            continue;
+        QStringList texts;
+        for (int column = 0; column < VideoColumn::RowSize; ++column)
+            texts.append(table.text(row, column));
+        rows.append(texts);
+    }
+    storeAnswered(rows);
+}
+
+void PositionJournal::storeAnswered(const QList<QStringList> &rows)
+{
+    if (!m_restores)
+        return;
+    QHash<QString, QString> unknown = unknownUrns();
     for (qsizetype i = 0; !unknown.isEmpty() && i < rows.size(); ++i) {
         const auto found = unknown.constFind(rows[i].value(VideoColumn::Url));
         if (found == unknown.constEnd())

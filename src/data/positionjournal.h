@@ -13,6 +13,7 @@
 
 #include <optional>
 
+class RowTable;
 class ThumbnailHelper;
 
 // Where a video is, in a small file of the program's own, from the moment it has played for a while until the
@@ -75,6 +76,8 @@ private:
     void tryLeft();
     void tryLeft(const QString &urn);
     void compare(const QString &urn, const TrackerInterface::StoredPlace &place);
+    [[nodiscard]] QHash<QString, QString> unknownUrns() const;
+    void listLoaded(const RowTable &table);
     void storeAnswered(const QList<QStringList> &rows);
 
     TrackerInterface *m_store;

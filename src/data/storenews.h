@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <platform/sparql/rowtable.h>
+
 #include <QObject>
 #include <QString>
+
+#include <memory>
 
 // What the store's door hears beside the answers to its clients.
 class StoreNews : public QObject
@@ -20,8 +24,21 @@ public:
         Q_EMIT reachableChanged(reachable);
     }
 
+    // Is connected to TrackerInterface::allVideosFinished() and has no need of it for what listLoaded()
+    // tells.
+    void addTableReader(const QObject *reader)
+    {
+        ++m_tableReaders;
+        connect(reader, &QObject::destroyed, this, [this] { --m_tableReaders; });
+    }
+    [[nodiscard]] int tableReaders() const { return m_tableReaders; }
+
 Q_SIGNALS:
     void reachableChanged(bool reachable);
+    // The answer to a request for the library, packed as it came, eight columns of VideoColumn; a title may
+    // be empty. Goes before TrackerInterface::allVideosFinished(), which does not come at all when only table
+    // readers are connected to it.
+    void listLoaded(std::shared_ptr<const RowTable> table, int id);
     // The library was asked for, and that failed.
     void listFailed();
     // The store took an update of this property ("nie:title") of a video.
@@ -29,4 +46,5 @@ Q_SIGNALS:
 
 private:
     bool m_isReachable = true;
+    int m_tableReaders = 0;
 };

@@ -8,11 +8,9 @@
 #include <platform/thumbs/thumbnailerclient.h>
 #include <platform/thumbs/thumbnailname.h>
 
-#include <QDirIterator>
 #include <QFile>
 #include <QImage>
 #include <QPainter>
-#include <QSet>
 #include <QSvgRenderer>
 #include <QTimer>
 
@@ -37,39 +35,7 @@ QString encodedText(const QUrl &url)
     return QString::fromUtf8(url.toEncoded());
 }
 
-// Base names of the files with this suffix.
-QSet<QByteArray> filesIn(const QString &folder, const QString &suffix)
-{
-    QSet<QByteArray> names;
-    QDirIterator files(folder, QDir::Files | QDir::Hidden);
-    while (files.hasNext()) {
-        files.next();
-        const QString name = files.fileName();
-        if (name.endsWith(suffix))
-            names.insert(name.chopped(suffix.size()).toLatin1());
-    }
-    return names;
-}
-
 } // namespace
-
-struct ThumbnailHelper::Listing
-{
-    QString defaultFolder = ThumbnailPaths::defaultFolder(THUMBNAIL_FLAVOR);
-    QString pauseFolder = ThumbnailPaths::pauseFolder(THUMBNAIL_FLAVOR);
-    QSet<QByteArray> defaultFiles = filesIn(defaultFolder, THUMBNAIL_SUFFIX);
-    QSet<QByteArray> pauseFiles = filesIn(pauseFolder, PAUSE_THUMBNAIL_SUFFIX);
-};
-
-ThumbnailHelper::FolderListing::FolderListing(ThumbnailHelper *thumbnails) : m_thumbnails(thumbnails)
-{
-    m_thumbnails->m_listing = std::make_unique<Listing>();
-}
-
-ThumbnailHelper::FolderListing::~FolderListing()
-{
-    m_thumbnails->m_listing.reset();
-}
 
 ThumbnailHelper *ThumbnailHelper::instance()
 {
@@ -103,18 +69,6 @@ void ThumbnailHelper::setThumbnailPaths(const QString &url, QString &defaultThum
 {
     defaultThumbnailUrl.clear();
     pauseThumbnailUrl.clear();
-    if (m_listing) {
-        if (m_listing->defaultFiles.isEmpty() && m_listing->pauseFiles.isEmpty())
-            return;
-        const QByteArray name = thumbnailName(url);
-        if (m_listing->pauseFiles.contains(name))
-            pauseThumbnailUrl
-                = m_listing->pauseFolder + u'/' + QString::fromLatin1(name) + PAUSE_THUMBNAIL_SUFFIX;
-        if (m_listing->defaultFiles.contains(name))
-            defaultThumbnailUrl
-                = m_listing->defaultFolder + u'/' + QString::fromLatin1(name) + THUMBNAIL_SUFFIX;
-        return;
-    }
     const QString pausePath = ThumbnailPaths::pausePath(url, THUMBNAIL_FLAVOR);
     if (QFile::exists(pausePath))
         pauseThumbnailUrl = pausePath;

@@ -32,19 +32,6 @@ public:
     // The picture to show in a cell; empty while there is none, and then one is asked for.
     QString thumbnail(const QString &url, const QString &mimeType);
 
-    // While one of these lives, setThumbnailPaths() answers from one listing of each folder, taken when it
-    // was made, instead of two look-ups a video.
-    class FolderListing
-    {
-    public:
-        explicit FolderListing(ThumbnailHelper *thumbnails);
-        ~FolderListing();
-        Q_DISABLE_COPY_MOVE(FolderListing)
-
-    private:
-        ThumbnailHelper *m_thumbnails;
-    };
-
     // Requests that a full queue dropped since it was last given up.
     [[nodiscard]] int droppedRequests() const { return m_droppedRequests; }
 
@@ -86,7 +73,6 @@ protected:
 
 private:
     friend struct ThumbnailHelperProbe;
-    struct Listing;
 
     void queueRequest(const QString &url, const QString &mimeType);
     void processQueue();
@@ -104,5 +90,4 @@ private:
     bool m_panning = false;
     bool m_animationRunning = false;
     int m_droppedRequests = 0;
-    std::unique_ptr<Listing> m_listing;
 };

@@ -25,23 +25,28 @@ private:
     QSet<QString> m_texts;
 };
 
-QString titleOrBaseName(QString title, const QString &fileName)
+} // namespace
+
+QString TrackerAnswers::titleOrBaseName(const QString &title, const QString &fileName)
 {
     return title.isEmpty() ? QFileInfo(fileName).completeBaseName() : title;
 }
 
-} // namespace
-
 QList<QStringList> TrackerAnswers::rows(SparqlResult &result)
 {
+    return rows(result.takeTable(VideoColumn::RowSize));
+}
+
+QList<QStringList> TrackerAnswers::rows(const RowTable &table)
+{
     QList<QStringList> rows;
-    rows.reserve(result.size());
+    rows.reserve(table.rows());
     SharedTexts shared;
-    while (result.next()) {
+    for (int number = 0; number < table.rows(); ++number) {
         QStringList row;
         row.reserve(VideoColumn::Count); // the model appends its two columns
         for (int column = 0; column < VideoColumn::RowSize; ++column)
-            row.append(result.stringValue(column));
+            row.append(table.text(number, column));
         row[VideoColumn::Title] = titleOrBaseName(row.at(VideoColumn::Title), row.at(VideoColumn::FileName));
         for (const int column : {VideoColumn::Duration, VideoColumn::PlayPosition, VideoColumn::MimeType})
             row[column] = shared(row.at(column));

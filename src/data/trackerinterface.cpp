@@ -389,10 +389,16 @@ void TrackerInterface::videoDetailsReady()
 
 void TrackerInterface::allVideosReady()
 {
-    if (auto *result = takeResult("void TrackerInterface::allVideosReady()"))
-        Q_EMIT allVideosFinished(TrackerAnswers::rows(*result), result->id());
-    else
+    auto *result = takeResult("void TrackerInterface::allVideosReady()");
+    if (!result) {
         Q_EMIT m_news->listFailed();
+        return;
+    }
+    const auto table = std::make_shared<const RowTable>(result->takeTable(VideoColumn::RowSize));
+    const int id = result->id();
+    Q_EMIT m_news->listLoaded(table, id);
+    if (receivers(SIGNAL(allVideosFinished(QList<QStringList>, int))) > m_news->tableReaders())
+        Q_EMIT allVideosFinished(TrackerAnswers::rows(*table), id);
 }
 
 void TrackerInterface::urnReady()

@@ -13,10 +13,15 @@ FilteredModel::FilteredModel(QObject *parent)
     m_titles.setCollator(*m_collator);
     m_collationName = m_locale->categoryName(toolkit::Locale::Category::Collate);
     setFilterCaseSensitivity(Qt::CaseInsensitive);
+    m_turn.setSingleShot(true);
+    m_turn.setInterval(0);
+    connect(&m_turn, &QTimer::timeout, this, &FilteredModel::workOn);
+    connect(&m_sorting, &QFutureWatcher<TitleIndex>::finished, this, &FilteredModel::takeSorted);
     m_locale->connectSettings();
     connect(m_locale.get(), &toolkit::Locale::settingsChanged, this, &FilteredModel::localeChanged,
             Qt::QueuedConnection);
-    sort(VideoColumn::Title, Qt::AscendingOrder);
+    // What the base says of the order.
+    QSortFilterProxyModel::sort(VideoColumn::Title, Qt::AscendingOrder);
 }
 
 FilteredModel::~FilteredModel() = default;
@@ -26,8 +31,20 @@ void FilteredModel::setFilterFixedString(const QString &text)
     if (text == m_filterText)
         return;
     m_filterText = text;
-    // The base would take out and put in run by run, each in a pass over all rows; starting over is one pass.
-    invalidate();
+    arrange(Announce::Layout);
+}
+
+void FilteredModel::invalidate()
+{
+    // Otherwise that is on its way.
+    if (m_isSettled)
+        arrange(Announce::Layout);
+}
+
+void FilteredModel::sort(int column, Qt::SortOrder order)
+{
+    Q_UNUSED(column)
+    Q_UNUSED(order)
 }
 
 void FilteredModel::setSourceModel(QAbstractItemModel *model)
@@ -35,24 +52,112 @@ void FilteredModel::setSourceModel(QAbstractItemModel *model)
     for (const QMetaObject::Connection &connection : std::as_const(m_sourceConnections))
         disconnect(connection);
     m_sourceConnections.clear();
-    forgetTitles();
+    beginResetModel();
+    // Not the sorting and filtering base's, which would follow the source, too.
+    QAbstractProxyModel::setSourceModel(model); // NOLINT(bugprone-parent-virtual-call)
     if (model)
-        connectSource(model); // before the base's, which compares titles when it hears of a change
-    QSortFilterProxyModel::setSourceModel(model);
+        connectSource(model);
+    readAll();
+    endResetModel();
 }
 
 void FilteredModel::connectSource(QAbstractItemModel *model)
 {
-    m_sourceConnections = {
-        connect(model, &QAbstractItemModel::rowsInserted, this, &FilteredModel::titlesInserted),
-        connect(model, &QAbstractItemModel::rowsRemoved, this, &FilteredModel::titlesRemoved),
-        connect(model, &QAbstractItemModel::dataChanged, this, &FilteredModel::titlesChanged),
-        connect(model, &QAbstractItemModel::modelReset, this, &FilteredModel::forgetTitles),
-        connect(model, &QAbstractItemModel::layoutChanged, this, &FilteredModel::forgetTitles),
-        connect(model, &QAbstractItemModel::rowsMoved, this, &FilteredModel::forgetTitles),
-        connect(model, &QAbstractItemModel::columnsInserted, this, &FilteredModel::forgetTitles),
-        connect(model, &QAbstractItemModel::columnsRemoved, this, &FilteredModel::forgetTitles),
+    const auto readAnew = [this] {
+        beginResetModel();
+        sourceReset();
     };
+    m_sourceConnections = {
+        connect(model, &QAbstractItemModel::rowsInserted, this, &FilteredModel::sourceInserted),
+        connect(model, &QAbstractItemModel::rowsAboutToBeRemoved, this, &FilteredModel::sourceAboutToRemove),
+        connect(model, &QAbstractItemModel::rowsRemoved, this, &FilteredModel::sourceRemoved),
+        connect(model, &QAbstractItemModel::dataChanged, this, &FilteredModel::sourceChanged),
+        connect(model, &QAbstractItemModel::modelAboutToBeReset, this, [this] { beginResetModel(); }),
+        connect(model, &QAbstractItemModel::modelReset, this, &FilteredModel::sourceReset),
+        connect(model, &QAbstractItemModel::layoutChanged, this, readAnew),
+        connect(model, &QAbstractItemModel::rowsMoved, this, readAnew),
+        connect(model, &QAbstractItemModel::columnsInserted, this, readAnew),
+        connect(model, &QAbstractItemModel::columnsRemoved, this, readAnew),
+        connect(model, &QObject::destroyed, this, &FilteredModel::sourceGone),
+    };
+}
+
+void FilteredModel::sourceReset()
+{
+    readAll();
+    endResetModel();
+}
+
+void FilteredModel::sourceGone()
+{
+    beginResetModel();
+    stopPreparing();
+    m_titles.reset(QStringList());
+    m_rows.clear();
+    rowsMoved();
+    endResetModel();
+}
+
+int FilteredModel::sourceRows() const
+{
+    return sourceModel() ? sourceModel()->rowCount() : 0;
+}
+
+int FilteredModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_rows.size());
+}
+
+int FilteredModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() || !sourceModel() ? 0 : sourceModel()->columnCount();
+}
+
+bool FilteredModel::hasChildren(const QModelIndex &parent) const
+{
+    return rowCount(parent) > 0 && columnCount(parent) > 0;
+}
+
+QModelIndex FilteredModel::index(int row, int column, const QModelIndex &parent) const
+{
+    return hasIndex(row, column, parent) ? createIndex(row, column) : QModelIndex();
+}
+
+QModelIndex FilteredModel::parent(const QModelIndex &child) const
+{
+    Q_UNUSED(child)
+    return {};
+}
+
+QModelIndex FilteredModel::sibling(int row, int column, const QModelIndex &index) const
+{
+    return index.isValid() ? this->index(row, column) : QModelIndex();
+}
+
+QVariant FilteredModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (!sourceModel())
+        return {};
+    if (orientation == Qt::Horizontal)
+        return sourceModel()->headerData(section, orientation, role);
+    return section >= 0 && section < m_rows.size()
+        ? sourceModel()->headerData(m_rows.at(section), orientation, role)
+        : QVariant();
+}
+
+QModelIndex FilteredModel::mapToSource(const QModelIndex &index) const
+{
+    if (!index.isValid() || index.model() != this || index.row() >= m_rows.size() || !sourceModel())
+        return {};
+    return sourceModel()->index(m_rows.at(index.row()), index.column());
+}
+
+QModelIndex FilteredModel::mapFromSource(const QModelIndex &index) const
+{
+    if (!index.isValid() || index.model() != sourceModel())
+        return {};
+    const int place = placeOf(index.row());
+    return place >= 0 ? createIndex(place, index.column()) : QModelIndex();
 }
 
 VideoInfo FilteredModel::videoInfo(int row) const
@@ -71,7 +176,7 @@ VideoInfo FilteredModel::videoInfo(int row) const
 void FilteredModel::excludeItem(const QString &urn, const QString &url)
 {
     m_hiddenItems.insert(url, urn);
-    invalidateFilter();
+    arrange(Announce::Rows);
 }
 
 void FilteredModel::clearExcluded()
@@ -79,7 +184,7 @@ void FilteredModel::clearExcluded()
     if (m_hiddenItems.isEmpty())
         return;
     m_hiddenItems.clear();
-    invalidateFilter();
+    arrange(Announce::Rows);
 }
 
 void FilteredModel::localeChanged()
@@ -90,85 +195,26 @@ void FilteredModel::localeChanged()
     m_collationName = name;
     m_collator = std::make_unique<QCollator>(m_locale->collator());
     m_titles.setCollator(*m_collator);
-    invalidate();
+    if (m_isSorting && !m_isKnown)
+        startReading(); // what is being sorted is not what will be wanted
+    else if (m_isSorting)
+        stopPreparing();
+    arrange(Announce::Layout);
 }
 
 bool FilteredModel::filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const
 {
     if (m_filterText.isEmpty() && m_hiddenItems.isEmpty())
         return true;
-    if (!m_hiddenItems.isEmpty()) {
-        const QModelIndex url = sourceModel()->index(sourceRow, VideoColumn::Url, sourceParent);
-        if (m_hiddenItems.contains(url.data(Qt::DisplayRole).toString()))
-            return false;
-    }
-    if (ensureTitles() && sourceRow < m_titles.count())
-        return m_titles.contains(sourceRow, m_filterText);
+    const QModelIndex url = sourceModel()->index(sourceRow, VideoColumn::Url, sourceParent);
+    if (m_hiddenItems.contains(url.data(Qt::DisplayRole).toString()))
+        return false;
     const QModelIndex title = sourceModel()->index(sourceRow, VideoColumn::Title, sourceParent);
     return title.data(Qt::DisplayRole).toString().contains(m_filterText, Qt::CaseInsensitive);
 }
 
 bool FilteredModel::lessThan(const QModelIndex &left, const QModelIndex &right) const
 {
-    if (left.column() == VideoColumn::Title && ensureTitles() && left.row() < m_titles.count()
-        && right.row() < m_titles.count())
-        return m_titles.isBefore(left.row(), right.row());
     return m_collator->compare(left.data(Qt::DisplayRole).toString(), right.data(Qt::DisplayRole).toString())
         < 0;
-}
-
-void FilteredModel::forgetTitles()
-{
-    m_titlesRead = false;
-}
-
-bool FilteredModel::ensureTitles() const
-{
-    if (m_titlesRead)
-        return true;
-    if (!sourceModel())
-        return false;
-    m_titles.reset(readTitles(0, sourceModel()->rowCount() - 1));
-    m_titlesRead = true;
-    return true;
-}
-
-QStringList FilteredModel::readTitles(int first, int last) const
-{
-    QStringList titles;
-    titles.reserve(last - first + 1);
-    const QAbstractItemModel *source = sourceModel();
-    for (int row = first; row <= last; ++row)
-        titles.append(source->index(row, VideoColumn::Title).data(Qt::DisplayRole).toString());
-    return titles;
-}
-
-void FilteredModel::titlesInserted(const QModelIndex &parent, int first, int last)
-{
-    if (!m_titlesRead || parent.isValid())
-        return;
-    if (m_titles.count() + last - first + 1 != sourceModel()->rowCount())
-        forgetTitles();
-    else
-        m_titles.insert(first, readTitles(first, last));
-}
-
-void FilteredModel::titlesRemoved(const QModelIndex &parent, int first, int last)
-{
-    if (!m_titlesRead || parent.isValid())
-        return;
-    if (m_titles.count() - (last - first + 1) != sourceModel()->rowCount())
-        forgetTitles();
-    else
-        m_titles.remove(first, last);
-}
-
-void FilteredModel::titlesChanged(const QModelIndex &from, const QModelIndex &to)
-{
-    if (!m_titlesRead || !from.isValid() || from.parent().isValid())
-        return;
-    if (to.row() >= m_titles.count())
-        forgetTitles();
-    else
-        m_titles.update(from.row(), readTitles(from.row(), to.row()));
 }

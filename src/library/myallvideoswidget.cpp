@@ -116,7 +116,7 @@ void MyAllVideosWidget::mmcStateChanged(bool mounted)
     }
     if (m_model->rowCount() == 0)
         setViewState(EmptyCollection);
-    else
+    else if (!awaitsRows())
         setViewState(m_proxy->rowCount() == 0 ? NoResults : ListShown);
     m_mmcAvailable = mounted;
 }
@@ -126,7 +126,8 @@ void MyAllVideosWidget::modelRowCountChanged()
     m_hasLoaded = true;
     m_proxy->clearExcluded();
     if (m_model->rowCount() > 0) {
-        setViewState(m_proxy->rowCount() == 0 ? NoResults : ListShown);
+        if (!awaitsRows())
+            setViewState(m_proxy->rowCount() == 0 ? NoResults : ListShown);
         return;
     }
     Q_EMIT showTextEdit(QString(), false);
@@ -212,7 +213,7 @@ void MyAllVideosWidget::modelDataChanged(const QModelIndex &from, const QModelIn
 {
     if (from.column() == VideoColumn::Title && to.column() == VideoColumn::Title)
         m_proxy->invalidate();
-    if (m_viewState != Unknown)
+    if (m_viewState != Unknown && !awaitsRows())
         setViewState(m_proxy->rowCount() > 0 ? ListShown : NoResults);
 }
 
@@ -230,10 +231,27 @@ void MyAllVideosWidget::chooseViewState()
 {
     if (m_model->rowCount() == 0 && isFilterIdle())
         setViewState(EmptyCollection);
+    else if (awaitsRows())
+        return;
     else if (m_proxy->rowCount() == 0 && isFilterShown())
         setViewState(NoResults);
     else
         setViewState(ListShown);
+}
+
+bool MyAllVideosWidget::awaitsRows()
+{
+    m_stateIsDue = !m_proxy->isSettled();
+    return m_stateIsDue;
+}
+
+void MyAllVideosWidget::rowsArranged()
+{
+    if (!m_stateIsDue || !m_proxy->isSettled())
+        return;
+    m_stateIsDue = false;
+    chooseViewState();
+    refillCells();
 }
 
 // On the page, also while the page itself is covered by another.

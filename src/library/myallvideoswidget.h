@@ -138,6 +138,9 @@ private:
     void placeSpacer(bool shown);
     // The state that the rows, the filter field and its text ask for.
     void chooseViewState();
+    // Whether rows are still being sorted or searched; the state is chosen when they are not any more.
+    [[nodiscard]] bool awaitsRows();
+    void rowsArranged();
     [[nodiscard]] bool isFilterShown() const;
     [[nodiscard]] bool isFilterIdle() const; // hidden or empty
     [[nodiscard]] QString textBelow() const;
@@ -165,6 +168,7 @@ private:
     EditManager *m_editManager = nullptr;
     std::unique_ptr<FileManager> m_fileManager;
     int m_viewState = Unknown;
+    bool m_stateIsDue = false; // once the rows stand
     bool m_hasLoaded = false; // a list, be it an empty one
     bool m_isReachable = true;
     uint m_scanSeen = 0; // files in the folders, as far as is known; 0 while none are read

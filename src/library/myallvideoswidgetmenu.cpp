@@ -153,15 +153,11 @@ void MyAllVideosWidget::deleteDone(bool deleteItem)
 {
     if (deleteItem && !m_pendingDeleteUrl.isEmpty()) {
         // Another video may have come to this address while the person thought about it.
-        for (int row = 0; row < m_model->rowCount(); ++row) {
-            if (m_model->text(row, VideoColumn::Urn) != m_pendingDeleteUrn)
-                continue;
+        if (const int row = m_model->rowOfUrn(m_pendingDeleteUrn); row >= 0)
             m_model->removeVideo(m_model->text(row, VideoColumn::Url));
-            break;
-        }
         m_pendingDeleteUrl.clear();
     }
-    if (m_proxy->rowCount() == 0)
+    if (m_proxy->rowCount() == 0 && !awaitsRows())
         setViewState(isFilterIdle() ? EmptyCollection : NoResults);
 }
 

@@ -58,6 +58,8 @@ MyAllVideosWidget::MyAllVideosWidget(QGraphicsItem *parent)
     connect(m_model, &AllVideosModel::modelUpdated, this, &MyAllVideosWidget::modelRowCountChanged,
             Qt::QueuedConnection);
     connect(m_model, &AllVideosModel::dataChanged, this, &MyAllVideosWidget::modelDataChanged);
+    connect(m_proxy, &FilteredModel::modelReset, this, &MyAllVideosWidget::rowsArranged);
+    connect(m_proxy, &FilteredModel::layoutChanged, this, &MyAllVideosWidget::rowsArranged);
     connect(m_filter, &FilterWidget::textChanged, this, &MyAllVideosWidget::liveFilteringTextChanged);
     connect(m_filter, &FilterWidget::clearClicked, this, &MyAllVideosWidget::liveFilteringClearClicked);
     connect(m_filter->textEdit(), &toolkit::TextEdit::gainedFocus, this,

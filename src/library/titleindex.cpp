@@ -4,7 +4,9 @@
 #include <QLocale>
 
 #include <algorithm>
+#include <iterator>
 #include <numeric>
+#include <vector>
 
 namespace {
 
@@ -24,12 +26,12 @@ void appendFolded(QString &target, const QString &text)
     }
 }
 
-QString folded(const QString &text)
+QByteArray folded(const QString &text)
 {
     QString result;
     result.reserve(text.size());
     appendFolded(result, text);
-    return result;
+    return result.toUtf8();
 }
 
 } // namespace
@@ -42,36 +44,54 @@ void TitleIndex::setCollator(const QCollator &collator)
 
 void TitleIndex::reset(const QStringList &titles)
 {
-    m_titles = titles;
+    PackedTexts packed;
+    packed.reserve(int(titles.size()));
+    for (const QString &title : titles)
+        packed.append(title);
+    reset(std::move(packed));
+}
+
+void TitleIndex::reset(PackedTexts titles)
+{
+    m_titles = std::move(titles);
     m_sorted = false;
     m_folded = false;
-    m_hits.clear();
+    dropSearch();
+}
+
+void TitleIndex::prepare()
+{
+    if (!m_sorted)
+        sortAll();
+    if (!m_folded)
+        foldAll();
 }
 
 void TitleIndex::insert(int first, const QStringList &titles)
 {
     const int added = int(titles.size());
-    QStringList all = m_titles.mid(0, first);
-    all.append(titles);
-    all.append(m_titles.mid(first));
-    m_titles = std::move(all);
+    m_titles.insert(first, added);
+    for (int i = 0; i < added; ++i)
+        m_titles.set(first + i, titles.at(i).toUtf8());
 
     QList<int> rows(added);
     std::iota(rows.begin(), rows.end(), first);
     if (m_folded) {
-        m_spans.insert(first, added, Span());
+        m_foldedTitles.insert(first, added);
         for (const int row : std::as_const(rows))
             fold(row);
     }
-    if (!m_hits.isEmpty()) {
+    if (knows(m_lookedFor)) {
         m_hits.insert(first, added, 0);
+        m_searched += added;
         for (const int row : std::as_const(rows))
             m_hits[row] = searchIn(row);
+    } else {
+        dropSearch();
     }
     if (m_sorted) {
         for (int &row : m_order)
             row += row >= first ? added : 0;
-        m_ranks.insert(first, added, -1);
         placeRows(rows);
     }
 }
@@ -79,38 +99,39 @@ void TitleIndex::insert(int first, const QStringList &titles)
 void TitleIndex::remove(int first, int last)
 {
     const int removed = last - first + 1;
-    m_titles.remove(first, removed);
-    if (m_folded) {
-        for (int row = first; row <= last; ++row)
-            m_unused += m_spans.at(row).length;
-        m_spans.remove(first, removed);
-    }
-    if (!m_hits.isEmpty())
+    m_titles.remove(first, last);
+    if (m_folded)
+        m_foldedTitles.remove(first, last);
+    if (knows(m_lookedFor)) {
         m_hits.remove(first, removed);
+        m_searched -= removed;
+    } else {
+        dropSearch();
+    }
     if (m_sorted) {
         m_order.removeIf([=](int row) { return row >= first && row <= last; });
         for (int &row : m_order)
             row -= row > last ? removed : 0;
-        m_ranks.remove(first, removed); // gaps in the numbers do no harm
     }
 }
 
-void TitleIndex::update(int first, const QStringList &titles)
+bool TitleIndex::update(int first, const QStringList &titles)
 {
     QList<int> changed;
     for (int i = 0; i < titles.size(); ++i) {
-        if (m_titles.at(first + i) != titles.at(i)) {
-            m_titles[first + i] = titles.at(i);
+        const QByteArray title = titles.at(i).toUtf8();
+        if (m_titles.utf8(first + i) != title) {
+            m_titles.set(first + i, title);
             changed.append(first + i);
         }
     }
     if (changed.isEmpty())
-        return;
+        return false;
+    if (!knows(m_lookedFor))
+        dropSearch();
     for (const int row : std::as_const(changed)) {
-        if (m_folded) {
-            m_unused += m_spans.at(row).length;
+        if (m_folded)
             fold(row);
-        }
         if (!m_hits.isEmpty())
             m_hits[row] = searchIn(row);
     }
@@ -118,68 +139,60 @@ void TitleIndex::update(int first, const QStringList &titles)
         takeFromOrder(changed);
         placeRows(changed);
     }
+    return true;
 }
 
-bool TitleIndex::isBefore(int left, int right)
+const QList<int> &TitleIndex::order()
 {
     if (!m_sorted)
         sortAll();
-    return m_ranks.at(left) < m_ranks.at(right);
+    return m_order;
 }
 
-int TitleIndex::compareTitles(int left, int right) const
+bool TitleIndex::isBefore(int left, int right) const
 {
-    return m_collator.compare(m_titles.at(left), m_titles.at(right));
+    const int order = m_collator.compare(m_titles.at(left), m_titles.at(right));
+    return order < 0 || (order == 0 && left < right);
 }
 
 void TitleIndex::sortAll()
 {
-    QList<int> order(m_titles.size());
-    std::iota(order.begin(), order.end(), 0);
-    QList<int> ranks(m_titles.size(), 0);
+    m_order.resize(count());
+    std::iota(m_order.begin(), m_order.end(), 0);
     // Sort keys are several times faster than the collator's comparison; in the C locale they do not follow
     // it.
     if (m_collator.locale().language() == QLocale::C) {
-        std::stable_sort(order.begin(), order.end(),
-                         [this](int left, int right) { return compareTitles(left, right) < 0; });
-        for (qsizetype i = 1; i < order.size(); ++i)
-            ranks[order.at(i)]
-                = ranks.at(order.at(i - 1)) + (compareTitles(order.at(i - 1), order.at(i)) != 0);
+        std::sort(m_order.begin(), m_order.end(),
+                  [this](int left, int right) { return isBefore(left, right); });
     } else {
         std::vector<QCollatorSortKey> keys;
-        keys.reserve(size_t(m_titles.size()));
-        for (const QString &title : std::as_const(m_titles))
-            keys.push_back(m_collator.sortKey(title));
-        const auto compare
-            = [&keys](int left, int right) { return keys[size_t(left)].compare(keys[size_t(right)]); };
-        std::stable_sort(order.begin(), order.end(),
-                         [&compare](int left, int right) { return compare(left, right) < 0; });
-        for (qsizetype i = 1; i < order.size(); ++i)
-            ranks[order.at(i)] = ranks.at(order.at(i - 1)) + (compare(order.at(i - 1), order.at(i)) != 0);
+        keys.reserve(size_t(count()));
+        for (int row = 0; row < count(); ++row)
+            keys.push_back(m_collator.sortKey(m_titles.at(row)));
+        std::sort(m_order.begin(), m_order.end(), [&keys](int left, int right) {
+            const int order = keys[size_t(left)].compare(keys[size_t(right)]);
+            return order < 0 || (order == 0 && left < right);
+        });
     }
-    m_order = std::move(order);
-    m_ranks = std::move(ranks);
     m_sorted = true;
 }
 
 void TitleIndex::takeFromOrder(const QList<int> &rows)
 {
+    std::vector<bool> isTaken(size_t(count()), false);
     for (const int row : rows)
-        m_ranks[row] = -1;
-    m_order.removeIf([this](int row) { return m_ranks.at(row) < 0; });
+        isTaken[size_t(row)] = true;
+    m_order.removeIf([&isTaken](int row) { return isTaken[size_t(row)]; });
 }
 
-// Puts rows whose rank is -1 into the order by bisection.
+// Puts rows that are not in the order into it by bisection.
 void TitleIndex::placeRows(QList<int> rows)
 {
     if (rows.size() * 4 > m_order.size()) {
         m_sorted = false; // from scratch is cheaper
         return;
     }
-    const auto before = [this](int left, int right) {
-        const int order = compareTitles(left, right);
-        return order < 0 || (order == 0 && left < right);
-    };
+    const auto before = [this](int left, int right) { return isBefore(left, right); };
     std::sort(rows.begin(), rows.end(), before);
     QList<int> merged;
     merged.reserve(m_order.size() + rows.size());
@@ -191,69 +204,74 @@ void TitleIndex::placeRows(QList<int> rows)
         from = place;
     }
     std::copy(from, m_order.cend(), std::back_inserter(merged));
-    rank(merged, m_ranks);
     m_order = std::move(merged);
-}
-
-void TitleIndex::rank(const QList<int> &order, const QList<int> &oldRanks)
-{
-    QList<int> ranks(order.size(), 0);
-    for (qsizetype i = 1; i < order.size(); ++i) {
-        const int previous = order.at(i - 1);
-        const int row = order.at(i);
-        const bool bothKnown = oldRanks.at(previous) >= 0 && oldRanks.at(row) >= 0;
-        const bool same
-            = bothKnown ? oldRanks.at(previous) == oldRanks.at(row) : compareTitles(previous, row) == 0;
-        ranks[row] = ranks.at(previous) + (same ? 0 : 1);
-    }
-    m_ranks = std::move(ranks);
 }
 
 bool TitleIndex::contains(int row, const QString &text)
 {
     if (text.isEmpty())
         return true;
-    if (m_hits.size() != m_titles.size() || m_lookedFor != text)
-        lookFor(text);
+    if (!knows(text))
+        static_cast<void>(search(text, count()));
     return m_hits.at(row) != 0;
 }
 
-void TitleIndex::lookFor(const QString &text)
+// With the hits of all rows at hand.
+bool TitleIndex::knows(const QString &text) const
 {
-    if (!m_folded || m_unused > m_text.size() / 2)
+    return !m_hits.isEmpty() && m_searched == m_hits.size() && m_lookedFor == text;
+}
+
+void TitleIndex::dropSearch()
+{
+    m_hits.clear();
+    m_searched = 0;
+}
+
+void TitleIndex::beginSearch(const QString &text)
+{
+    if (!m_folded)
         foldAll();
-    const QString needle = folded(text);
+    const QByteArray needle = folded(text);
     // A title without the shorter text cannot hold the longer one.
-    const bool narrows = m_hits.size() == m_titles.size() && needle.contains(m_needle);
+    const bool narrows = m_hits.size() == count() && needle.contains(m_needle);
     m_lookedFor = text;
     m_needle = needle;
     if (!narrows)
-        m_hits.fill(1, m_titles.size());
-    for (int row = 0; row < m_hits.size(); ++row) {
-        if (m_hits.at(row))
-            m_hits[row] = searchIn(row);
+        m_hits.fill(1, count());
+    m_searched = 0;
+}
+
+bool TitleIndex::search(const QString &text, int mostRows)
+{
+    if (text.isEmpty() || knows(text) || count() == 0)
+        return true;
+    if (m_hits.size() != count() || m_lookedFor != text)
+        beginSearch(text);
+    for (; m_searched < count() && mostRows > 0; ++m_searched) {
+        if (!m_hits.at(m_searched))
+            continue;
+        m_hits[m_searched] = searchIn(m_searched);
+        --mostRows;
     }
+    return m_searched == count();
 }
 
 bool TitleIndex::searchIn(int row) const
 {
-    const Span span = m_spans.at(row);
-    return QStringView(m_text).mid(span.offset, span.length).contains(m_needle);
+    return m_foldedTitles.utf8(row).contains(m_needle);
 }
 
 void TitleIndex::foldAll()
 {
-    m_text.clear();
-    m_spans.fill(Span(), m_titles.size());
-    m_unused = 0;
+    m_foldedTitles = {};
+    m_foldedTitles.reserve(count());
+    for (int row = 0; row < count(); ++row)
+        m_foldedTitles.append(folded(m_titles.at(row)));
     m_folded = true;
-    for (int row = 0; row < m_titles.size(); ++row)
-        fold(row);
 }
 
 void TitleIndex::fold(int row)
 {
-    const qsizetype offset = m_text.size();
-    appendFolded(m_text, m_titles.at(row));
-    m_spans[row] = {int(offset), int(m_text.size() - offset)};
+    m_foldedTitles.set(row, folded(m_titles.at(row)));
 }
