@@ -32,12 +32,7 @@ int throughTheStoreLayer(AllVideosModel &model)
     const int request = store->allVideos(0);
     if (request == 0)
         qFatal("the request could not be started");
-    // Connected after the model: by then it holds the answer.
-    QObject::connect(store, &TrackerInterface::allVideosFinished, &loop,
-                     [&loop, request](const QList<QStringList> &, int id) {
-                         if (id == request)
-                             loop.quit();
-                     });
+    QObject::connect(&model, &AllVideosModel::modelUpdated, &loop, &QEventLoop::quit);
     loop.exec();
     return model.rowCount();
 }

@@ -114,6 +114,8 @@ def measure(name, driver, facts, videos, rounds):
     own, helpers = max(load[1] for load in loads), max(load[2] for load in loads)
     say(f"{name} load, {videos} videos {seconds:.1f} s | curl, the same as JSON {plain:.1f} s | ratio {seconds / plain:.2f}")
     say(f"{name} memory of loading, {videos} videos {own:.0f} MiB" + (f", of kestrel-odbc {helpers:.0f} MiB" if helpers else ""))
+    longest = step("turn", driver, videos)[0]
+    say(f"{name} longest turn, {videos} videos {longest * 1000:.1f} ms")
     title = step("title", driver, videos)[0]
     say(f"{name} title until it shows, {videos} videos {title * 1000:.0f} ms")
     cells = [first_cells(driver) for _ in range(rounds)]
