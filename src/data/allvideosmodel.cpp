@@ -5,6 +5,7 @@
 #include "storenews.h"
 #include "trackerinterface.h"
 
+#include <platform/sparql/loosetext.h>
 #include <platform/system/background.h>
 
 #include <QSet>
@@ -26,7 +27,7 @@ std::shared_ptr<const RowTable> tableOf(const QList<QStringList> &rows)
         for (int column = 0; column < VideoColumn::RowSize; ++column) {
             const QString text = row.value(column);
             const auto type = text.isNull() ? RowTable::Type::Unbound : RowTable::Type::Text;
-            fits = table.append(type, text.toUtf8()) && fits;
+            fits = table.append(type, toLooseUtf8(text)) && fits;
         }
         if (!fits) {
             qCWarning(lcData) << "void AllVideosModel::queryFinished(QList<QStringList>)"

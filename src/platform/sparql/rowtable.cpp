@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "rowtable.h"
 
+#include "loosetext.h"
+
 #include <QDateTime>
 
 #include <cstring>
@@ -123,7 +125,7 @@ QString RowTable::text(int row, int column) const
     if (m_types[cell] == Type::Unbound)
         return {};
     const QByteArrayView utf8 = bytes(cell);
-    return utf8.isEmpty() ? QStringLiteral("") : QString::fromUtf8(utf8);
+    return utf8.isEmpty() ? QStringLiteral("") : fromLooseUtf8(utf8);
 }
 
 QVariant RowTable::value(int row, int column) const

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "sparqlresult.h"
 
+#include "loosetext.h"
 #include "sparqllog.h"
 
 #include <limits>
@@ -30,7 +31,7 @@ RowTable SparqlResult::takeTable(int columns)
         for (int column = 0; column < columns; ++column) {
             const QString text = stringValue(column);
             const auto type = text.isNull() ? RowTable::Type::Unbound : RowTable::Type::Text;
-            fits = table.append(type, text.toUtf8()) && fits;
+            fits = table.append(type, toLooseUtf8(text)) && fits;
         }
     }
     return table;
