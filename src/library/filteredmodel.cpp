@@ -93,6 +93,8 @@ void FilteredModel::sourceGone()
     beginResetModel();
     stopPreparing();
     m_titles.reset(QStringList());
+    m_isKnown = m_isSettled = true;
+    m_isEmptied = false;
     m_rows.clear();
     rowsMoved();
     endResetModel();

@@ -80,7 +80,7 @@ QList<int> FilteredModel::arranged()
 
 void FilteredModel::arrange(Announce announce)
 {
-    m_isSettled = canArrange();
+    const bool wasSettled = std::exchange(m_isSettled, canArrange());
     if (!m_isSettled)
         return;
     if (std::exchange(m_isEmptied, false)) {
@@ -88,7 +88,7 @@ void FilteredModel::arrange(Announce announce)
         m_rows = arranged();
         rowsMoved();
         endResetModel();
-    } else if (announce == Announce::Layout) {
+    } else if (announce == Announce::Layout || !wasSettled) {
         layOut(arranged());
     } else {
         moveTo(arranged());

@@ -151,6 +151,7 @@ private Q_SLOTS:
     void titlesFarApart();
     void manyRowsAtOnce();
     void searchesInSlices();
+    void theEndOfASearchIsToldWhateverEndsIt();
     void theSourceMayGoInTheMiddle();
     void theModelMayGoInTheMiddle();
 };
@@ -317,6 +318,25 @@ void LongListTest::searchesInSlices()
     QVERIFY(shown(model) == table.expected(u"zug ö"_s));
 }
 
+// The rest is searched when a video is hidden, a turn before it would be.
+void LongListTest::theEndOfASearchIsToldWhateverEndsIt()
+{
+    QStringList titles;
+    for (int i = 0; i < FilteredModel::SearchesPerTurn + 20; ++i)
+        titles.append(u"ana"_s);
+    Titles table(titles);
+    FilteredModel model;
+    model.setSourceModel(&table);
+    QTRY_VERIFY_WITH_TIMEOUT(model.isSettled(), Wait);
+    model.setFilterFixedString(u"ana"_s);
+    QVERIFY(!model.isSettled());
+    QSignalSpy layouts(&model, &QAbstractItemModel::layoutChanged);
+    model.excludeItem(u"urn:none"_s, u"file:///none"_s);
+    QVERIFY(model.isSettled());
+    QCOMPARE(layouts.count(), 1);
+    QCOMPARE(model.rowCount(), int(titles.size()));
+}
+
 void LongListTest::theSourceMayGoInTheMiddle()
 {
     for (const int turns : {0, 1, 3}) {
@@ -327,6 +347,7 @@ void LongListTest::theSourceMayGoInTheMiddle()
         turn(turns);
         table.reset();
         QCOMPARE(model.rowCount(), 0);
+        QVERIFY(model.isSettled());
         QThreadPool::globalInstance()->waitForDone();
         turn(3);
         QCOMPARE(model.rowCount(), 0);
