@@ -3,6 +3,8 @@
 
 #include "trackeranswers.h"
 
+#include <platform/sparql/loosetext.h>
+
 #include <algorithm>
 #include <numeric>
 #include <utility>
@@ -90,7 +92,14 @@ bool LibraryRows::isText(int key, int column, const QString &text, QByteArrayVie
 
 template <typename Visit> void LibraryRows::visitRows(int column, const QString &text, Visit visit) const
 {
-    const QByteArray utf8 = text.toUtf8();
+    const QByteArray utf8 = toLooseUtf8(text);
+    if (text.isEmpty()) {
+        for (int row = 0; row < count(); ++row) {
+            if (isText(m_keys[size_t(row)], column, text, utf8))
+                visit(row);
+        }
+        return;
+    }
     lookup(column).visit(hashOf(utf8), [&](int key) {
         if (!isText(key, column, text, utf8))
             return;
@@ -123,7 +132,8 @@ QList<int> LibraryRows::equalRows(int row) const
     return rows;
 }
 
-// Puts the key where its texts are looked for.
+// Puts the key where its texts are looked for. Not where they are empty: as many may be as there are rows,
+// each in the way of the next.
 void LibraryRows::note(int key)
 {
     const bool isFull = std::any_of(m_lookups.cbegin(), m_lookups.cend(),
@@ -134,9 +144,12 @@ void LibraryRows::note(int key)
     }
     const auto own = m_own.constFind(key);
     for (size_t i = 0; i < lookedUp.size(); ++i) {
-        const size_t hash = own != m_own.constEnd() ? hashOf(own->at(lookedUp[i]).toUtf8())
-                                                    : hashOf(m_table->utf8(key, lookedUp[i]));
-        m_lookups[i].insert(hash, key);
+        const int column = lookedUp[i];
+        const bool isOwn = own != m_own.constEnd();
+        const QByteArray ownText = isOwn ? toLooseUtf8(own->at(column)) : QByteArray();
+        const QByteArrayView text = isOwn ? QByteArrayView(ownText) : m_table->utf8(key, column);
+        if (!text.isEmpty())
+            m_lookups[i].insert(hashOf(text), key);
     }
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/libraryrows.h"
+#include "platform/sparql/loosetext.h"
 
 #include <QRandomGenerator>
 #include <QTest>
@@ -49,6 +50,8 @@ private Q_SLOTS:
     void anyRunOfChangesAgreesWithAPlainList();
     void aMissingTitleIsTheBaseNameOfTheFile();
     void findsAmongThousands();
+    void rowsWithoutATextDoNotSlowTheOthers();
+    void halfAPairOfSurrogatesIsFound();
 
 private:
     // The first disagreement as text; empty when there is none.
@@ -165,6 +168,44 @@ void TestLibraryRows::findsAmongThousands()
         QCOMPARE(rows.find(VideoColumn::Urn, u"urn:%1"_s.arg(i)), row);
         QCOMPARE(rows.find(VideoColumn::TrackerId, QString::number(i)), row);
     }
+}
+
+// Each of them in the way of the next would be hundreds of thousands of millions of steps.
+void TestLibraryRows::rowsWithoutATextDoNotSlowTheOthers()
+{
+    constexpr int count = 400000;
+    RowTable table(VideoColumn::RowSize);
+    for (int row = 0; row < count; ++row) {
+        for (int column = 0; column < VideoColumn::RowSize; ++column) {
+            const bool isUrn = column == VideoColumn::Urn;
+            const QByteArray text = isUrn ? "urn:" + QByteArray::number(row) : QByteArray();
+            QVERIFY(table.append(isUrn ? RowTable::Type::Text : RowTable::Type::Unbound, text));
+        }
+    }
+    LibraryRows rows(std::make_shared<const RowTable>(std::move(table)), {}, true);
+    QCOMPARE(rows.find(VideoColumn::Urn, u"urn:%1"_s.arg(count - 1)), count - 1);
+    QCOMPARE(rows.find(VideoColumn::Url, QString()), 0);
+    QCOMPARE(rows.find(VideoColumn::Url, u"file:///1"_s), -1);
+    rows.remove(0);
+    rows.replace(1, {u"urn:2"_s, {}, {}, {}, {}, {}, u"file:///2"_s, u"2"_s});
+    QCOMPARE(rows.find(VideoColumn::Url, u""_s), 0);
+    QCOMPARE(rows.find(VideoColumn::Url, u"file:///2"_s), 1);
+    QCOMPARE(rows.findAll(VideoColumn::TrackerId, QString()).size(), count - 2);
+}
+
+void TestLibraryRows::halfAPairOfSurrogatesIsFound()
+{
+    const QString half = u"file:///"_s + QChar(0xd83d);
+    const QStringList row{u"urn:1"_s, {}, {}, {}, {}, {}, half, u"1"_s};
+    RowTable table(VideoColumn::RowSize);
+    for (const QString &text : row)
+        QVERIFY(table.append(RowTable::Type::Text, toLooseUtf8(text)));
+    LibraryRows rows(std::make_shared<const RowTable>(std::move(table)), {}, true);
+    QCOMPARE(rows.find(VideoColumn::Url, half), 0);
+    QCOMPARE(rows.find(VideoColumn::Url, u"file:///?"_s), -1);
+    rows.append(row);
+    QCOMPARE(rows.findAll(VideoColumn::Url, half), (QList<int>{0, 1}));
+    QCOMPARE(rows.find(VideoColumn::Url, u"file:///?"_s), -1);
 }
 
 QTEST_GUILESS_MAIN(TestLibraryRows)
