@@ -8,7 +8,6 @@
 #include <platform/sparql/loosetext.h>
 #include <platform/system/background.h>
 
-#include <QSet>
 #include <QTimer>
 
 #include <algorithm>
@@ -49,15 +48,11 @@ AllVideosModel::AllVideosModel(QObject *parent)
     m_changeTimer->setInterval(coalescingIntervalMs);
     connect(m_changeTimer, &QTimer::timeout, this, &AllVideosModel::doEmitDataChanged);
     m_store->news()->addTableReader(this);
-    connect(m_store->news(), &StoreNews::listLoaded, this, [this](const Table &table, int id) {
-        m_tableId = id;
-        load(table);
+    connect(m_store->news(), &StoreNews::listLoaded, this, &AllVideosModel::load);
+    connect(m_store, &TrackerInterface::allVideosFinished, this, [this](const QList<QStringList> &rows) {
+        if (!m_store->news()->isToldAgain())
+            queryFinished(rows);
     });
-    connect(m_store, &TrackerInterface::allVideosFinished, this,
-            [this](const QList<QStringList> &rows, int id) {
-                if (id != m_tableId)
-                    queryFinished(rows);
-            });
     connect(&m_loading, &QFutureWatcher<LibraryRows>::finished, this, &AllVideosModel::takeLoaded);
     connect(m_store, &TrackerInterface::videosDeleted, this, &AllVideosModel::videosDeleted);
     // By name: the store has a slot of this name, too.
@@ -162,7 +157,7 @@ void AllVideosModel::load(const Table &table)
         setRows(LibraryRows(table, ThumbnailListing::ofFolders(), false));
         return;
     }
-    m_meanwhile.clear(); // this answer is newer
+    forgetMeanwhile(); // this answer is newer
     m_isLoading = true;
     m_loading.setFuture(
         inBackground([table] { return LibraryRows(table, ThumbnailListing::ofFolders(), false); }));
@@ -174,16 +169,27 @@ void AllVideosModel::takeLoaded()
         return;
     QFuture<LibraryRows> loaded = m_loading.future();
     const std::vector<std::function<void()>> meanwhile = std::exchange(m_meanwhile, {});
+    QSet<QString> told = std::exchange(m_removedMeanwhile, {});
     setRows(loaded.takeResult());
+    m_removedMeanwhile = std::move(told);
+    m_isRepeating = true;
     for (const std::function<void()> &change : meanwhile)
         change();
+    m_isRepeating = false;
+    m_removedMeanwhile.clear();
+}
+
+void AllVideosModel::forgetMeanwhile()
+{
+    m_meanwhile.clear();
+    m_removedMeanwhile.clear();
 }
 
 // Replaces all rows, and what is being loaded.
 void AllVideosModel::setRows(LibraryRows rows)
 {
     m_isLoading = false;
-    m_meanwhile.clear();
+    forgetMeanwhile();
     beginResetModel();
     std::swap(m_rows, rows);
     endResetModel();
@@ -194,6 +200,20 @@ void AllVideosModel::repeatOnceLoaded(std::function<void()> change)
 {
     if (m_isLoading)
         m_meanwhile.push_back(std::move(change));
+}
+
+// After a removal. What was told of the rows before is not told of the new ones again.
+void AllVideosModel::tellRemoved(QStringList urls)
+{
+    Q_EMIT modelUpdated();
+    if (m_isLoading) {
+        m_removedMeanwhile.unite(QSet<QString>(urls.cbegin(), urls.cend()));
+    } else if (m_isRepeating) {
+        urls.removeIf([this](const QString &url) { return m_removedMeanwhile.contains(url); });
+        if (urls.isEmpty())
+            return;
+    }
+    Q_EMIT filesRemoved(urls);
 }
 
 QString AllVideosModel::removeRowAndEqualOnes(int row)
@@ -215,9 +235,7 @@ void AllVideosModel::removeVideo(const QString &url)
     const int row = rowOfUrl(url);
     if (row < 0)
         return;
-    const QString removedUrl = removeRowAndEqualOnes(row);
-    Q_EMIT modelUpdated();
-    Q_EMIT filesRemoved({removedUrl});
+    tellRemoved({removeRowAndEqualOnes(row)});
 }
 
 void AllVideosModel::videosDeleted(QList<int> ids)
@@ -229,9 +247,7 @@ void AllVideosModel::videosDeleted(QList<int> ids)
         const int row = findRowById(ids.first());
         if (row < 0)
             return;
-        const QString removedUrl = removeRowAndEqualOnes(row);
-        Q_EMIT modelUpdated();
-        Q_EMIT filesRemoved({removedUrl});
+        tellRemoved({removeRowAndEqualOnes(row)});
         return;
     }
     // One reset instead of many removals: views build up once.
@@ -245,13 +261,14 @@ void AllVideosModel::videosDeleted(QList<int> ids)
         removedRows.unite(QSet<int>(equalRows.cbegin(), equalRows.cend()));
         removedUrls.append(m_rows.text(row, VideoColumn::Url));
     }
+    if (m_isRepeating && removedRows.isEmpty())
+        return;
     QList<int> sorted = removedRows.values();
     std::sort(sorted.begin(), sorted.end());
     beginResetModel();
     m_rows.remove(sorted);
     endResetModel();
-    Q_EMIT modelUpdated();
-    Q_EMIT filesRemoved(removedUrls);
+    tellRemoved(removedUrls);
 }
 
 void AllVideosModel::videosChanged(QList<QStringList> changedVideos)

@@ -6,6 +6,7 @@
 #include <QAbstractItemModel>
 #include <QFutureWatcher>
 #include <QList>
+#include <QSet>
 #include <QStringList>
 
 #include <functional>
@@ -89,6 +90,8 @@ private:
     void setRows(LibraryRows rows);
     // Does it again once the rows that are being loaded stand here.
     void repeatOnceLoaded(std::function<void()> change);
+    void forgetMeanwhile();
+    void tellRemoved(QStringList urls);
     [[nodiscard]] int findRowById(int id) const;
     void replaceRow(int row, const QStringList &changed);
     void appendRows(const QList<QStringList> &rows);
@@ -105,9 +108,10 @@ private:
     bool m_pauseThumbnailChanged = false;
     bool m_titleChanged = false;
 
-    int m_tableId = 0; // of the request that was answered with a table last
     // A long list is made ready in a thread; what is shown and changed until then are the rows before.
     QFutureWatcher<LibraryRows> m_loading;
     bool m_isLoading = false;
     std::vector<std::function<void()>> m_meanwhile; // changes since the answer came, in order
+    QSet<QString> m_removedMeanwhile; // URLs that filesRemoved() told since the answer came
+    bool m_isRepeating = false; // these changes, on the new rows
 };

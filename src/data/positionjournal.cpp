@@ -61,7 +61,10 @@ PositionJournal::PositionJournal(TrackerInterface *store, ThumbnailHelper *thumb
       m_folder(folder)
 {
     load();
-    connect(m_store, &TrackerInterface::allVideosFinished, this, &PositionJournal::storeAnswered);
+    connect(m_store, &TrackerInterface::allVideosFinished, this, [this](const QList<QStringList> &rows) {
+        if (!m_store->news()->isToldAgain())
+            storeAnswered(rows);
+    });
     m_store->news()->addTableReader(this);
     connect(m_store->news(), &StoreNews::listLoaded, this,
             [this](const std::shared_ptr<const RowTable> &table) { listLoaded(*table); });
@@ -285,7 +288,6 @@ void PositionJournal::compare(const QString &urn, const TrackerInterface::Stored
     }
 }
 
-// It is there, whatever it tells. A store that was built anew knows the video by another name.
 // URNs by the address, of those that the store did not know.
 QHash<QString, QString> PositionJournal::unknownUrns() const
 {
@@ -316,6 +318,7 @@ void PositionJournal::listLoaded(const RowTable &table)
     storeAnswered(rows);
 }
 
+// It is there, whatever it tells. A store that was built anew knows the video by another name.
 void PositionJournal::storeAnswered(const QList<QStringList> &rows)
 {
     if (!m_restores)

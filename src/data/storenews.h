@@ -32,6 +32,9 @@ public:
         connect(reader, &QObject::destroyed, this, [this] { --m_tableReaders; });
     }
     [[nodiscard]] int tableReaders() const { return m_tableReaders; }
+    // While TrackerInterface::allVideosFinished() tells what listLoaded() told.
+    [[nodiscard]] bool isToldAgain() const { return m_isToldAgain; }
+    void setToldAgain(bool again) { m_isToldAgain = again; }
 
 Q_SIGNALS:
     void reachableChanged(bool reachable);
@@ -47,4 +50,5 @@ Q_SIGNALS:
 private:
     bool m_isReachable = true;
     int m_tableReaders = 0;
+    bool m_isToldAgain = false;
 };

@@ -397,8 +397,11 @@ void TrackerInterface::allVideosReady()
     const auto table = std::make_shared<const RowTable>(result->takeTable(VideoColumn::RowSize));
     const int id = result->id();
     Q_EMIT m_news->listLoaded(table, id);
-    if (receivers(SIGNAL(allVideosFinished(QList<QStringList>, int))) > m_news->tableReaders())
-        Q_EMIT allVideosFinished(TrackerAnswers::rows(*table), id);
+    if (receivers(SIGNAL(allVideosFinished(QList<QStringList>, int))) <= m_news->tableReaders())
+        return;
+    m_news->setToldAgain(true);
+    Q_EMIT allVideosFinished(TrackerAnswers::rows(*table), id);
+    m_news->setToldAgain(false);
 }
 
 void TrackerInterface::urnReady()

@@ -47,6 +47,7 @@ private Q_SLOTS:
     void theModelMayGoInTheMiddle();
     void picturesAreThoseOnDisk();
     void listsAreOnlyMadeForThoseWhoReadThem();
+    void removalsInTheMiddleAreToldOnce();
 
 private:
     static void answer(const QList<QStringList> &rows)
@@ -178,6 +179,31 @@ void TestLongList::listsAreOnlyMadeForThoseWhoReadThem()
     QCOMPARE(lists.first().at(0).value<QList<QStringList>>().first().at(1), u"a.b"_s);
     QCOMPARE(lists.first().at(1).toInt(), request);
     QCOMPARE(updates.count(), 1); // not by both roads
+    // An answer that no table went before counts, whatever its number.
+    Q_EMIT store->allVideosFinished(videoRows(2), request);
+    QCOMPARE(m_model->rowCount(), 2);
+}
+
+void TestLongList::removalsInTheMiddleAreToldOnce()
+{
+    answer(videoRows(3));
+    QSignalSpy removed(m_model.get(), &AllVideosModel::filesRemoved);
+    QSignalSpy resets(m_model.get(), &QAbstractItemModel::modelReset);
+    answer(videoRows(Long));
+    m_model->videosDeleted({1});
+    m_model->videosDeleted({2, 9}); // one of them is in the new list only
+    m_model->videosDeleted({Long + 1, Long + 2});
+    QCOMPARE(removed.count(), 3);
+    QCOMPARE(removed.takeFirst().first().toStringList(), QStringList{urlOf(1)});
+    QCOMPARE(removed.takeFirst().first().toStringList(), QStringList{urlOf(2)});
+    QCOMPARE(removed.takeFirst().first().toStringList(), QStringList());
+    resets.clear();
+    QTRY_COMPARE_WITH_TIMEOUT(m_model->rowCount(), Long - 3, Wait);
+    QCOMPARE(removed.count(), 1);
+    QCOMPARE(removed.takeFirst().first().toStringList(), QStringList{urlOf(9)});
+    QCOMPARE(resets.count(), 2); // the list, and two of its rows
+    m_model->videosDeleted({10});
+    QCOMPARE(removed.takeFirst().first().toStringList(), QStringList{urlOf(10)});
 }
 
 QTEST_GUILESS_MAIN(TestLongList)
