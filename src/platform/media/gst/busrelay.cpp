@@ -3,6 +3,7 @@
 
 #include "emptystreams.h"
 #include "playbackfaults.h"
+#include "seeklanding.h"
 
 #include <gst/pbutils/pbutils.h>
 
@@ -26,7 +27,7 @@ bool isWanted(GstMessage *message, GstElement *pipeline)
         return GST_MESSAGE_SRC(message) == GST_OBJECT(pipeline);
     case GST_MESSAGE_ELEMENT:
         return gst_is_missing_plugin_message(message) || tellsEmptySound(message) || tellsBegunSound(message)
-            || tellsEmptyPicture(message);
+            || tellsEmptyPicture(message) || SeekLanding::tellsNoPicture(message);
     case GST_MESSAGE_NEED_CONTEXT:
         return PlaybackFaults::asksForKey(message);
     default:

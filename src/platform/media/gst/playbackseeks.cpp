@@ -13,6 +13,7 @@ namespace {
 constexpr MediaTime EndMargin = 200ms;
 // A finger that searches does not stand still for as long.
 constexpr auto RestInterval = 150ms;
+constexpr auto LookInterval = 200ms;
 // Where there is no index: past most distances of key frames, past all but strange ones, from the beginning.
 constexpr std::array<MediaTime, 4> Margins{0s, 3s, 15s, MediaTime::max()};
 // Between two pictures times are rounded.
@@ -23,8 +24,11 @@ constexpr MediaTime Rounding = 5ms;
 PlaybackSeeks::PlaybackSeeks(SeekLanding &landing, QObject *parent)
     : QObject(parent),
       m_landing(landing),
+      m_look(this),
       m_rest(this)
 {
+    m_look.setInterval(LookInterval);
+    connect(&m_look, &QTimer::timeout, this, [this] { lookAfter(); });
     m_rest.setSingleShot(true);
     m_rest.setInterval(RestInterval);
     connect(&m_rest, &QTimer::timeout, this, [this] { refine(); });
@@ -38,6 +42,7 @@ void PlaybackSeeks::setPipeline(GstElement *pipeline)
 void PlaybackSeeks::dropPipeline()
 {
     m_pipeline = nullptr;
+    m_look.stop();
     m_rest.stop();
     if (!m_next)
         m_next = m_underWay;
@@ -80,10 +85,11 @@ void PlaybackSeeks::arrive()
     if (!m_underWay || (m_gaveUp && isPrerolling()))
         return;
     m_gaveUp = false;
-    if (!m_next && missed()) {
-        send(*m_underWay);
+    if (!m_next && (missedKeyFrame() || missed())) {
+        sendAgain();
         return;
     }
+    m_look.stop();
     m_missedAt.reset();
     m_reached = std::exchange(m_underWay, {});
     if (const auto next = takeKept()) {
@@ -95,6 +101,38 @@ void PlaybackSeeks::arrive()
     Q_EMIT finished(m_reached->exact);
 }
 
+void PlaybackSeeks::goFurtherBack()
+{
+    if (!m_underWay)
+        return;
+    const bool fromTheBeginning = m_underWay->exact && Margins.at(m_margin) >= bounded(m_underWay->position);
+    if (fromTheBeginning && !m_next)
+        return;
+    m_gaveUp = true; // its end may still be told
+    if (const auto next = takeKept()) {
+        m_missedAt.reset();
+        send(*next);
+        return;
+    }
+    if (m_underWay->exact)
+        ++m_margin;
+    sendAgain();
+}
+
+// What may come yet has come when it is looked at again.
+void PlaybackSeeks::lookAfter()
+{
+    const bool dammed = m_landing.isDammed(m_pipeline);
+    if (std::exchange(m_dammed, dammed) && dammed)
+        goFurtherBack();
+}
+
+// Where there is no key frame, the very frame, which is looked for from further back.
+void PlaybackSeeks::sendAgain()
+{
+    send({m_underWay->position, true});
+}
+
 bool PlaybackSeeks::isPrerolling() const
 {
     GstState pending = GST_STATE_VOID_PENDING;
@@ -102,13 +140,35 @@ bool PlaybackSeeks::isPrerolling() const
         && pending == GST_STATE_PAUSED;
 }
 
+// No picture came at all, of a video that has some.
+bool PlaybackSeeks::missedKeyFrame() const
+{
+    return !m_underWay->exact && m_landing.hasPictures() && !m_landing.picture() && !isPrerolling();
+}
+
+// Without an index the place may be too near for a key frame before it. Behind the last picture there is
+// none.
+bool PlaybackSeeks::missedAll()
+{
+    if (!m_landing.isVague() || !m_landing.hasPictures() || isPrerolling())
+        return false;
+    if (Margins.at(m_margin) >= bounded(m_underWay->position)) {
+        m_margin = m_provenMargin;
+        return false;
+    }
+    ++m_margin;
+    return true;
+}
+
 // The picture comes after the place: once more, from further back. When that brings nothing else, there is no
 // picture at that place.
 bool PlaybackSeeks::missed()
 {
     const auto picture = m_landing.picture();
-    if (!m_underWay->exact || !picture)
+    if (!m_underWay->exact)
         return false;
+    if (!picture)
+        return missedAll();
     if (isClose(*picture, bounded(m_underWay->position))) {
         m_provenMargin = m_margin;
         return false;
@@ -154,6 +214,8 @@ void PlaybackSeeks::send(const Place &place)
     const MediaTime position = bounded(place.position);
     const MediaTime margin = place.exact ? std::min(Margins.at(m_margin), position) : MediaTime::zero();
     m_landing.expect(margin);
+    m_dammed = false;
+    m_look.start();
     int flags = GST_SEEK_FLAG_FLUSH
         | (place.exact ? GST_SEEK_FLAG_ACCURATE : GST_SEEK_FLAG_KEY_UNIT | GST_SEEK_FLAG_SNAP_NEAREST);
     // A decoder gives out a picture only when it has seen some of those after it; of key frames alone each at

@@ -48,8 +48,11 @@ public:
     void keep(const Place &place) { m_next = place; }
     [[nodiscard]] std::optional<Place> takeKept() { return std::exchange(m_next, {}); }
     [[nodiscard]] bool isBusy() const { return m_underWay || m_next; }
+    [[nodiscard]] bool isUnderWay() const { return m_underWay.has_value(); }
     // The pipeline stands on a picture again.
     void arrive();
+    // From there on nothing can be decoded.
+    void goFurtherBack();
     // Where the picture of that time is found again. Where pictures have no times of their own (AVI), theirs
     // depend on where decoding began: the picture that a seek led to is found with the same seek.
     [[nodiscard]] MediaTime placeOf(MediaTime shown) const;
@@ -61,7 +64,11 @@ Q_SIGNALS:
 private:
     void send(const Place &place);
     void refine();
+    void sendAgain();
+    void lookAfter();
     [[nodiscard]] bool missed();
+    [[nodiscard]] bool missedKeyFrame() const;
+    [[nodiscard]] bool missedAll();
     [[nodiscard]] static bool isClose(const SeekLanding::Picture &picture, MediaTime place);
     [[nodiscard]] MediaTime bounded(MediaTime position) const;
     [[nodiscard]] bool isPrerolling() const;
@@ -75,6 +82,8 @@ private:
     std::optional<MediaTime> m_missedAt; // where the try before this one landed
     std::size_t m_margin = 0; // how far before the place exact seeks of this video go, as a number of Margins
     std::size_t m_provenMargin = 0; // one that did better than those before it
+    QTimer m_look; // while one is under way
+    bool m_dammed = false; // when it was looked at last
     QTimer m_rest; // since a key frame was reached
     bool m_scrubbing = false;
     bool m_gaveUp = false; // a seek before the one under way, which may still be answered

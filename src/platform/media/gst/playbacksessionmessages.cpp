@@ -27,6 +27,8 @@ void PlaybackSession::handleMessage(GstMessage *message)
         handleError(message);
         break;
     case GST_MESSAGE_EOS:
+        if (m_seeks.isUnderWay()) // of where it was before
+            break;
         if (m_live && timeLeft().value_or(0ns) > EndMargin)
             fail(int(PlaybackFault::ConnectionLost), u"it ends too soon"_s);
         else
@@ -59,6 +61,8 @@ void PlaybackSession::handleMessage(GstMessage *message)
         gst_bin_recalculate_latency(GST_BIN(m_pipeline.element()));
         break;
     case GST_MESSAGE_ELEMENT:
+        if (SeekLanding::tellsNoPicture(message))
+            m_seeks.goFurtherBack();
         m_faults.note(message);
         if (tellsEmptyPicture(message))
             waitLessLong();

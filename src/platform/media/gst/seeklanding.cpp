@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include <gst/video/gstvideodecoder.h>
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -13,6 +15,7 @@ namespace {
 constexpr int MostIncomplete = 400;
 // No picture lasts as short: what does is what a seek has left of one.
 constexpr MediaTime ShortRest = 4ms;
+constexpr const char *NoPicture = "kestrel-no-picture";
 
 // The same stream, beginning so much later.
 GstEvent *shortened(GstEvent *event, GstClockTime margin)
@@ -36,11 +39,66 @@ GstEvent *shortened(GstEvent *event, GstClockTime margin)
     return replacement;
 }
 
+template <typename Visit> void eachQueue(GstElement *pipeline, Visit visit)
+{
+    GstIterator *queues = gst_bin_iterate_all_by_element_factory_name(GST_BIN(pipeline), "multiqueue");
+    gst_iterator_foreach(
+        queues,
+        [](const GValue *value, gpointer self) {
+            (*static_cast<Visit *>(self))(GST_ELEMENT(g_value_get_object(value)));
+        },
+        &visit);
+    gst_iterator_free(queues);
+}
+
+template <typename Visit> void eachInput(GstElement *queues, Visit visit)
+{
+    gst_element_foreach_sink_pad(
+        queues,
+        [](GstElement *, GstPad *pad, gpointer self) -> gboolean {
+            (*static_cast<Visit *>(self))(pad);
+            return TRUE;
+        },
+        &visit);
+}
+
 bool isTimed(GstEvent *event)
 {
     const GstSegment *segment = nullptr;
     gst_event_parse_segment(event, &segment);
     return segment->format == GST_FORMAT_TIME;
+}
+
+bool isDecodeError(GstMessage *message)
+{
+    if (GST_MESSAGE_TYPE(message) != GST_MESSAGE_ERROR)
+        return false;
+    GError *error = nullptr;
+    gst_message_parse_error(message, &error, nullptr);
+    const bool is = g_error_matches(error, GST_STREAM_ERROR, GST_STREAM_ERROR_DECODE) != FALSE;
+    g_clear_error(&error);
+    return is;
+}
+
+// Of the bus of one decoder, which hands everything on to the one that its bin gave it.
+struct DecoderRelay
+{
+    SeekLanding *landing;
+    GstBus *next;
+
+    static void release(gpointer self)
+    {
+        gst_object_unref(static_cast<DecoderRelay *>(self)->next);
+        delete static_cast<DecoderRelay *>(self);
+    }
+};
+
+bool isPictures(GstPad *pad)
+{
+    GstStream *stream = gst_pad_get_stream(pad);
+    const bool is = stream != nullptr && (gst_stream_get_stream_type(stream) & GST_STREAM_TYPE_VIDEO) != 0;
+    gst_clear_object(&stream);
+    return is;
 }
 
 } // namespace
@@ -60,6 +118,10 @@ void SeekLanding::watch(GstElement *pipeline)
 {
     expect(MediaTime::zero());
     g_signal_connect(pipeline, "deep-element-added", G_CALLBACK(added), this);
+    // Those of its only decodebin3, which it makes with itself.
+    eachQueue(pipeline, [this](GstElement *queues) {
+        g_signal_connect(queues, "pad-added", G_CALLBACK(queueAdded), this);
+    });
 }
 
 void SeekLanding::expect(MediaTime margin)
@@ -72,6 +134,12 @@ std::optional<SeekLanding::Picture> SeekLanding::picture() const
 {
     const std::lock_guard locker(m_mutex);
     return m_picture;
+}
+
+bool SeekLanding::hasPictures() const
+{
+    const std::lock_guard locker(m_mutex);
+    return m_hasPictures;
 }
 
 bool SeekLanding::isVague() const
@@ -103,6 +171,10 @@ void SeekLanding::added(GstBin *pipeline, GstBin *bin, GstElement *element, gpoi
         return;
     }
     auto *landing = static_cast<SeekLanding *>(self);
+    if (GST_IS_VIDEO_DECODER(element)) {
+        watchDecoder(element, landing);
+        return;
+    }
     const std::lock_guard locker(landing->m_mutex);
     if (isMadeBy(element, "mpegpsdemux"))
         landing->m_vague = true;
@@ -132,6 +204,100 @@ GstPadProbeReturn SeekLanding::streamProbed(GstPad *pad, GstPadProbeInfo *info, 
     return GST_PAD_PROBE_OK;
 }
 
+bool SeekLanding::isDammed(GstElement *pipeline) const
+{
+    {
+        const std::lock_guard locker(m_mutex);
+        if (!m_waiting)
+            return false;
+    }
+    bool dammed = false;
+    eachQueue(pipeline, [&dammed](GstElement *queues) {
+        guint64 limit = 0;
+        g_object_get(queues, "max-size-time", &limit, nullptr);
+        bool starves = false;
+        bool full = false;
+        eachInput(queues, [&](GstPad *pad) {
+            guint buffers = 0;
+            guint64 time = 0;
+            g_object_get(pad, "current-level-buffers", &buffers, "current-level-time", &time, nullptr);
+            if (isPictures(pad))
+                starves = starves || buffers == 0;
+            else
+                full = full || (limit > 0 && time >= limit);
+        });
+        dammed = dammed || (starves && full);
+    });
+    return dammed;
+}
+
+bool SeekLanding::tellsNoPicture(GstMessage *message)
+{
+    return gst_message_has_name(message, NoPicture) != FALSE;
+}
+
+// A pipeline that has heard of an error never again says that it stands on a picture.
+void SeekLanding::watchDecoder(GstElement *decoder, SeekLanding *landing)
+{
+    GstBus *given = gst_element_get_bus(decoder);
+    if (given == nullptr)
+        return;
+    GstBus *own = gst_bus_new();
+    gst_bus_set_sync_handler(own, decoderSaid, new DecoderRelay{landing, given}, DecoderRelay::release);
+    gst_element_set_bus(decoder, own);
+    gst_object_unref(own);
+}
+
+GstBusSyncReply SeekLanding::decoderSaid(GstBus *bus, GstMessage *message, gpointer relay)
+{
+    Q_UNUSED(bus)
+    const auto *own = static_cast<DecoderRelay *>(relay);
+    bool found = true;
+    if (isDecodeError(message)) {
+        const std::lock_guard locker(own->landing->m_mutex);
+        found = !own->landing->m_waiting;
+    }
+    GstMessage *next = found
+        ? gst_message_ref(message)
+        : gst_message_new_element(GST_MESSAGE_SRC(message), gst_structure_new_empty(NoPicture));
+    gst_message_unref(message);
+    gst_bus_post(own->next, next);
+    return GST_BUS_DROP;
+}
+
+void SeekLanding::queueAdded(GstElement *queues, GstPad *pad, gpointer self)
+{
+    Q_UNUSED(queues)
+    if (gst_pad_get_direction(pad) == GST_PAD_SRC)
+        gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, endProbed, self, nullptr);
+}
+
+// decodebin3 keeps the end of a stream until all have ended. The sound does not, as long as it waits for the
+// first picture: which the decoder may still hold, or has not found. A gap makes it give out what it has, and
+// stands for a picture where there is none.
+GstPadProbeReturn SeekLanding::endProbed(GstPad *pad, GstPadProbeInfo *info, gpointer self)
+{
+    auto *landing = static_cast<SeekLanding *>(self);
+    GstEvent *event = GST_PAD_PROBE_INFO_EVENT(info);
+    if (GST_EVENT_TYPE(event) != GST_EVENT_EOS || !isPictures(pad))
+        return GST_PAD_PROBE_OK;
+    {
+        const std::lock_guard locker(landing->m_mutex);
+        if (!landing->m_waiting)
+            return GST_PAD_PROBE_OK;
+    }
+    GstPad *decoder = gst_pad_get_peer(pad);
+    GstEvent *begin = gst_pad_get_sticky_event(pad, GST_EVENT_SEGMENT, 0);
+    if (decoder != nullptr && begin != nullptr && isTimed(begin)) {
+        const GstSegment *segment = nullptr;
+        gst_event_parse_segment(begin, &segment);
+        gst_pad_send_event(decoder, gst_event_new_gap(segment->start, GST_CLOCK_TIME_NONE));
+    }
+    gst_clear_event(&begin);
+    gst_clear_object(&decoder);
+    return GST_PAD_PROBE_OK;
+}
+
 GstPadProbeReturn SeekLanding::pictureProbed(GstPad *pad, GstPadProbeInfo *info, gpointer self)
 {
     Q_UNUSED(pad)
@@ -153,6 +319,7 @@ GstPadProbeReturn SeekLanding::pictureProbed(GstPad *pad, GstPadProbeInfo *info,
 // Called with the mutex locked.
 GstPadProbeReturn SeekLanding::take(GstBuffer *buffer)
 {
+    m_hasPictures = true;
     if (!m_waiting)
         return GST_PAD_PROBE_OK;
     if (GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED) && m_incomplete < MostIncomplete) {

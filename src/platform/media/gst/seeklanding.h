@@ -11,7 +11,8 @@
 // Makes seeks exact where a demuxer without an index is not: it may begin at a picture after the place, or at
 // one that cannot be decoded without those before. Such a seek is sent to an earlier place, and what lies
 // between is decoded and left out, because the streams are told that they begin at the place itself. Pictures
-// that a decoder calls incomplete are not shown after a seek. Lives longer than the pipeline it watches.
+// that a decoder calls incomplete are not shown after a seek. Where the stream ends before one came, the
+// decoder hears of it at once. Lives longer than the pipeline it watches.
 class SeekLanding
 {
 public:
@@ -28,13 +29,21 @@ public:
 
     // The element where the pictures end; its pad "sink".
     void watchPicture(GstElement *sink);
-    // Before the pipeline starts.
+    // Of playbin3, before it starts.
     void watch(GstElement *pipeline);
+
+    // Since a seek the decoder has found nothing that it could begin with, and nothing more comes, because
+    // the sound waits for the first picture and has filled its queue.
+    [[nodiscard]] bool isDammed(GstElement *pipeline) const;
+    // After a seek: from there to the end a decoder could not decode a single picture.
+    [[nodiscard]] static bool tellsNoPicture(GstMessage *message);
 
     // The next seek goes so much before the place that is meant.
     void expect(MediaTime margin);
     // Nothing: there was no picture since.
     [[nodiscard]] std::optional<Picture> picture() const;
+    // There was one at some time.
+    [[nodiscard]] bool hasPictures() const;
     // The container has no index, and may say so only with an error.
     [[nodiscard]] bool isVague() const;
     // A picture ends only where the next one begins, so that no key frame comes alone.
@@ -46,6 +55,10 @@ private:
     static void added(GstBin *pipeline, GstBin *bin, GstElement *element, gpointer self);
     static void padAdded(GstElement *parser, GstPad *pad, gpointer self);
     static GstPadProbeReturn streamProbed(GstPad *pad, GstPadProbeInfo *info, gpointer self);
+    static void watchDecoder(GstElement *decoder, SeekLanding *landing);
+    static GstBusSyncReply decoderSaid(GstBus *bus, GstMessage *message, gpointer relay);
+    static void queueAdded(GstElement *queues, GstPad *pad, gpointer self);
+    static GstPadProbeReturn endProbed(GstPad *pad, GstPadProbeInfo *info, gpointer self);
     static GstPadProbeReturn pictureProbed(GstPad *pad, GstPadProbeInfo *info, gpointer self);
     [[nodiscard]] GstPadProbeReturn take(GstBuffer *buffer);
 
@@ -54,6 +67,7 @@ private:
     MediaTime m_margin{0};
     std::optional<Picture> m_picture;
     int m_incomplete = 0; // pictures since the seek
+    bool m_hasPictures = false;
     bool m_vague = false;
     bool m_needsNext = false;
     bool m_waiting = false; // for the first picture
