@@ -11,8 +11,8 @@
 // Makes seeks exact where a demuxer without an index is not: it may begin at a picture after the place, or at
 // one that cannot be decoded without those before. Such a seek is sent to an earlier place, and what lies
 // between is decoded and left out, because the streams are told that they begin at the place itself. Pictures
-// that a decoder calls incomplete are not shown after a seek. Where the stream ends before one came, the
-// decoder hears of it at once. Lives longer than the pipeline it watches.
+// that a decoder calls incomplete are not shown after a seek. Where the pictures end before one came, a gap
+// stands for it, lest the sound waits for ever. Lives longer than the pipeline it watches.
 class SeekLanding
 {
 public:
