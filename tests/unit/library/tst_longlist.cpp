@@ -152,6 +152,8 @@ private Q_SLOTS:
     void manyRowsAtOnce();
     void searchesInSlices();
     void theEndOfASearchIsToldWhateverEndsIt();
+    void anyRunOfChangesEndsInWhatIsExpected_data();
+    void anyRunOfChangesEndsInWhatIsExpected();
     void theSourceMayGoInTheMiddle();
     void theModelMayGoInTheMiddle();
 };
@@ -335,6 +337,66 @@ void LongListTest::theEndOfASearchIsToldWhateverEndsIt()
     QVERIFY(model.isSettled());
     QCOMPARE(layouts.count(), 1);
     QCOMPARE(model.rowCount(), int(titles.size()));
+}
+
+void LongListTest::anyRunOfChangesEndsInWhatIsExpected_data()
+{
+    QTest::addColumn<int>("seed");
+    for (int seed = 1; seed <= 3; ++seed)
+        QTest::addRow("%d", seed) << seed;
+}
+
+// Whatever is under way when the next change comes.
+void LongListTest::anyRunOfChangesEndsInWhatIsExpected()
+{
+    QFETCH(int, seed);
+    QRandomGenerator random{quint32(seed)};
+    const QStringList texts = {{}, u"a"_s, u"an"_s, u"ana 1"_s, u"zug"_s, u"none of them"_s};
+    Titles table(randomTitles(random, Long));
+    FilteredModel model;
+    model.setSourceModel(&table);
+    QString text;
+    for (int round = 0; round < 8; ++round) {
+        for (int step = random.bounded(1, 12); step > 0; --step) {
+            const int count = table.rowCount();
+            const int row = count > 0 ? random.bounded(count) : 0;
+            switch (random.bounded(count > 0 ? 9 : 1)) {
+            case 0:
+                table.insert(row, randomTitles(random, random.bounded(4) == 0 ? Long : 3));
+                break;
+            case 1:
+                table.remove(row, qMin(count - 1, row + random.bounded(5)));
+                break;
+            case 2:
+                if (count > 2 * Long)
+                    table.remove(1, count - Long);
+                break;
+            case 3:
+                table.changeTitles({{row, randomTitle(random)}});
+                break;
+            case 4:
+                table.changeTitles({{0, randomTitle(random)}, {count - 1, randomTitle(random)}});
+                break;
+            case 5:
+                if (random.bounded(3) == 0)
+                    table.setTitles(randomTitles(random, random.bounded(2 * Long)));
+                break;
+            case 6:
+                model.excludeItem(u"urn:none"_s, u"file:///none"_s);
+                model.clearExcluded();
+                break;
+            default:
+                text = texts.at(random.bounded(int(texts.size())));
+                model.setFilterFixedString(text);
+                model.invalidate();
+            }
+            QCOMPARE(checkMapping(model), QString());
+            turn(random.bounded(3));
+        }
+        const QString wanted = table.expected(text);
+        QTRY_VERIFY_WITH_TIMEOUT(model.isSettled() && shown(model) == wanted, Wait);
+        QCOMPARE(checkMapping(model), QString());
+    }
 }
 
 void LongListTest::theSourceMayGoInTheMiddle()
