@@ -17,7 +17,7 @@ namespace {
 
 constexpr int Wait = 30000; // ms
 constexpr int Numbers = 60; // of videos, so that most are there already
-constexpr int Steps = 3000;
+constexpr int Steps = 1500;
 
 // Rows as they are described: a list, searched from the first to the last.
 struct PlainModel

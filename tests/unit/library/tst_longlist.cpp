@@ -356,7 +356,7 @@ void LongListTest::anyRunOfChangesEndsInWhatIsExpected()
     FilteredModel model;
     model.setSourceModel(&table);
     QString text;
-    for (int round = 0; round < 8; ++round) {
+    for (int round = 0; round < 5; ++round) {
         for (int step = random.bounded(1, 12); step > 0; --step) {
             const int count = table.rowCount();
             const int row = count > 0 ? random.bounded(count) : 0;
