@@ -43,7 +43,7 @@ public:
     void setSourceModel(QAbstractItemModel *model) override;
     // False while rows are not yet what the source and the text ask for. A layout change or a reset tells the
     // end of that.
-    [[nodiscard]] bool isSettled() const { return m_isSettled; }
+    [[nodiscard]] bool isSettled() const { return m_isSettled && !m_isReading && !m_isSorting; }
 
     // The record of a row of this proxy; the empty record when there is no such row.
     [[nodiscard]] VideoInfo videoInfo(int row) const;
@@ -120,7 +120,7 @@ private:
     QList<QMetaObject::Connection> m_sourceConnections;
     QList<int> m_rows; // of the source, by the row here
     mutable QList<int> m_places; // the other way round, -1 for what is not shown; empty: not made yet
-    bool m_isSettled = true;
+    bool m_isSettled = true; // the rows are what the titles that are known and the text ask for
     bool m_isEmptied = false; // by a reset of the source, whose titles are not known yet
 
     TitleIndex m_titles;
