@@ -17,11 +17,12 @@ if(KESTREL_SANITIZE)
   target_link_options(kestrel_options INTERFACE -fsanitize=${KESTREL_SANITIZE})
 endif()
 
-# kestrel_module(name SOURCES ... [LINK ...] [PRIVATE_LINK ...]): a static library; without sources a header-only one.
+# kestrel_module(name SOURCES ... [LINK ...] [PRIVATE_LINK ...]): a library, static unless BUILD_SHARED_LIBS says otherwise;
+# without sources a header-only one.
 function(kestrel_module name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
   if(ARG_SOURCES)
-    add_library(${name} STATIC ${ARG_SOURCES})
+    add_library(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PUBLIC kestrel_options Qt6::Core ${ARG_LINK} PRIVATE ${ARG_PRIVATE_LINK})
   else()
     add_library(${name} INTERFACE)
