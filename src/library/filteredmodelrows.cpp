@@ -113,10 +113,11 @@ void FilteredModel::layOut(const QList<int> &rows)
     Q_EMIT layoutChanged();
 }
 
-// Tells what goes, then what has another place, then what comes.
+// Tells what goes, then what has another place, then what comes. Equal lists are found without QList's own
+// comparison, which hands the null pointer of an empty list to memcmp().
 void FilteredModel::moveTo(const QList<int> &rows)
 {
-    if (rows == m_rows)
+    if (std::ranges::equal(rows, m_rows))
         return;
     const int count = sourceRows();
     const QList<int> gone = placesWithout(m_rows, marks(rows, count));
@@ -135,7 +136,7 @@ void FilteredModel::moveTo(const QList<int> &rows)
         else
             staying.append(rows.at(place));
     }
-    if (staying != m_rows)
+    if (!std::ranges::equal(staying, m_rows))
         layOut(staying);
     insertPlaces(come, rows);
 }
