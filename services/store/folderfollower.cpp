@@ -417,11 +417,14 @@ void FolderFollower::checkDropped(const QStringList &paths, bool indexRuns)
 {
     QStringList absent;
     for (const QString &path : paths) {
+        const bool isVideo = FileIdentity::ofFile(path) && mayBeVideo(path);
+        const bool isFollowed = isVideo && follow(QFileInfo(path).path());
+        // Looked for once more when it is followed: nobody would tell that it went in between.
         const auto identity = FileIdentity::ofFile(path);
         if (!identity) {
             absent.append(path);
-        } else if (mayBeVideo(path)) {
-            if (!follow(QFileInfo(path).path()))
+        } else if (isVideo) {
+            if (!isFollowed)
                 m_unfollowed.insert(path, indexRuns);
             consider(path, *identity, false);
         }

@@ -12,6 +12,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
+#include <utility>
 
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -20,6 +21,8 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 std::atomic<bool> s_watchesRanOut = false;
+// The file that somebody deletes just before the next watch is there.
+QByteArray s_deletedBeforeWatch;
 } // namespace
 
 // In place of the C library's: the kernel may have no watch left.
@@ -29,6 +32,8 @@ extern "C" int inotify_add_watch(int descriptor, const char *path, uint32_t even
         errno = ENOSPC;
         return -1;
     }
+    if (!s_deletedBeforeWatch.isEmpty())
+        ::unlink(std::exchange(s_deletedBeforeWatch, {}).constData());
     return int(::syscall(SYS_inotify_add_watch, descriptor, path, events));
 }
 
@@ -57,6 +62,7 @@ private Q_SLOTS:
     void aRootThatIsTakenAwayIsAwayAndNotDeleted();
     void whatWasToldIsBelievedInTheStateThatWasTold();
     void aDroppedFileThatIsThereIsFollowed();
+    void aDroppedFileThatGoesMeanwhileIsMissing();
     void aDroppedFileIsLookedAtAgainWhereWatchesRanOut();
 
 private:
@@ -324,6 +330,19 @@ void StoreFollower::aDroppedFileThatIsThereIsFollowed()
     QTRY_VERIFY(m_found.contains(outside));
     QVERIFY(QFile::remove(outside));
     QTRY_VERIFY(m_gone.contains(outside));
+}
+
+void StoreFollower::aDroppedFileThatGoesMeanwhileIsMissing()
+{
+    start();
+    const QString outside = m_folder->filePath(u"outside/a.mp4"_s);
+    QVERIFY(QDir(m_folder->path()).mkpath(u"outside"_s) && write(u"../outside/a.mp4"_s, true));
+    QMetaObject::invokeMethod(m_follower, [this, outside] {
+        s_deletedBeforeWatch = QFile::encodeName(outside);
+        m_follower->checkDropped({outside}, true);
+    });
+    QTRY_COMPARE(m_missing, QStringList({outside}));
+    QVERIFY(m_found.isEmpty());
 }
 
 void StoreFollower::aDroppedFileIsLookedAtAgainWhereWatchesRanOut()
