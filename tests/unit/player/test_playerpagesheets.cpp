@@ -132,13 +132,11 @@ void TestPlayerPageSheets::theTitleKeepsClearOfTheOptions()
     QFETCH(QSize, size);
     QFETCH(bool, mirrored);
     QFETCH(bool, makesRoom);
-    const QSize usual = m_window->size();
-    const auto asBefore = qScopeGuard([&] {
-        QGuiApplication::setLayoutDirection(Qt::LeftToRight);
-        m_window->resize(usual);
-    });
+    // The size stays: a way back that the window manager has not gone yet would come in between.
+    const auto asBefore = qScopeGuard([] { QGuiApplication::setLayoutDirection(Qt::LeftToRight); });
     QGuiApplication::setLayoutDirection(mirrored ? Qt::RightToLeft : Qt::LeftToRight);
     m_window->resize(size);
+    QTRY_VERIFY(m_window->size() == size && m_page->size() == m_window->logicalSize());
     QTRY_COMPARE(m_page->navigationBar()->screenOrientation(),
                  size.width() > size.height() ? Qt::Horizontal : Qt::Vertical);
     QVERIFY(play(stored()));
@@ -152,6 +150,7 @@ void TestPlayerPageSheets::theTitleKeepsClearOfTheOptions()
         }
         return QRectF();
     };
+    QTRY_COMPARE(PlayerPageProbe::overlay(*m_page)->navigationBar()->size().width(), qreal(size.width()));
     const QRectF before = title();
     QVERIFY(before.width() > 100);
     openOptions();
