@@ -15,6 +15,10 @@ constexpr int s_readTimeoutMs = 10000;
 constexpr qint64 s_largestText = 16 * 1024 * 1024;
 constexpr qint64 s_mostTexts = 10000;
 
+// What an operation is, which 3.8 of the library says before it. Older ones begin with the length of the
+// text, and no update is as short as these.
+enum Operation { Sparql = 0, Rdf = 1 };
+
 bool readExactly(int descriptor, char *data, qint64 size)
 {
     while (size > 0) {
@@ -41,6 +45,25 @@ std::optional<qint64> readNumber(int descriptor)
         return std::nullopt;
     std::memcpy(&number, bytes, sizeof number);
     return number;
+}
+
+std::optional<QString> readText(int descriptor)
+{
+    auto size = readNumber(descriptor);
+    if (!size || *size == Rdf)
+        return std::nullopt;
+    const bool isOperation = *size == Sparql;
+    if (isOperation)
+        size = readNumber(descriptor);
+    if (!size || *size < 0 || *size > s_largestText)
+        return std::nullopt;
+    QByteArray text(*size, Qt::Uninitialized);
+    if (!readExactly(descriptor, text.data(), text.size()))
+        return std::nullopt;
+    // The values of its variables follow, their length first.
+    if (isOperation && readNumber(descriptor) != 0)
+        return std::nullopt;
+    return QString::fromUtf8(text);
 }
 
 } // namespace
@@ -92,13 +115,10 @@ std::optional<QStringList> EndpointMessages::readTexts(int descriptor, Kind kind
     if (!count || *count < 0 || *count > s_mostTexts)
         return std::nullopt;
     for (qint64 i = 0; i < *count; ++i) {
-        const auto size = readNumber(descriptor);
-        if (!size || *size < 0 || *size > s_largestText)
+        const auto text = readText(descriptor);
+        if (!text)
             return std::nullopt;
-        QByteArray text(*size, Qt::Uninitialized);
-        if (!readExactly(descriptor, text.data(), text.size()))
-            return std::nullopt;
-        texts.append(QString::fromUtf8(text));
+        texts.append(*text);
     }
     return texts;
 }

@@ -23,7 +23,7 @@ enum class Kind {
 // A descriptor of the caller's own; -1 when the message has none.
 [[nodiscard]] int takeInput(GDBusMessage *message);
 // Reads to the end of what the client sends, for seconds at most. Nothing when it does not send what it
-// should.
+// should, or more than texts: variables with values, or RDF.
 [[nodiscard]] std::optional<QStringList> readTexts(int descriptor, Kind kind);
 
 } // namespace EndpointMessages

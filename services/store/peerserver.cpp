@@ -126,7 +126,7 @@ void PeerServer::Peer::readUpdate(gpointer incoming, gpointer self)
         ::close(descriptor);
     std::optional<QString> refusal;
     if (!texts)
-        refusal = u"the text of the update did not come"_s;
+        refusal = u"the update did not come as text alone"_s;
     for (qsizetype i = 0; texts && i < texts->size() && !refusal; ++i)
         refusal = refusalOf(texts->at(i));
     if (refusal) {
