@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/desktopminer.h"
+#include "support/processtable.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -130,14 +131,21 @@ QString DesktopMiner::status()
     return status;
 }
 
-// It works only while nobody else needs the processor: beside other tests that may be never.
+// It works only while nobody else needs the processor: beside other tests that may be never. What reads the
+// files has a name of its own or is a child of the other.
 void DesktopMiner::hurry()
 {
-    for (const char *name : {s_name, s_extractor}) {
-        const QString tasks = u"/proc/%1/task"_s.arg(processOf(name));
+    QByteArrayList processes{QByteArray::number(processOf(s_name)),
+                             QByteArray::number(processOf(s_extractor))};
+    for (qsizetype i = 0; i < processes.size(); ++i) {
+        const QString tasks = u"/proc/%1/task/"_s.arg(QString::fromLatin1(processes[i]));
         const QStringList threads = QDir(tasks).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-        for (const QString &thread : threads)
+        for (const QString &thread : threads) {
             makeOrdinary(pid_t(thread.toInt()));
+            const QByteArray children = ProcessTable::contentOf(tasks + thread + u"/children"_s).simplified();
+            if (!children.isEmpty())
+                processes += children.split(' ');
+        }
     }
 }
 
