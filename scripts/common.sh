@@ -19,13 +19,24 @@ build() {
     (cd "$top" && NINJA_STATUS='[%f/%t %es] ' cmake --build "build/$preset" "${@:2}" | progress)
 }
 
-# One line that is rewritten on a terminal; every fortieth line elsewhere. Warnings and errors always show.
+# One line that is rewritten on a terminal; every fortieth line elsewhere. Warnings and errors always show. No awk: Debian's
+# gives nothing on before it has read thousands of characters.
 progress() {
-    if [ -t 1 ]; then
-        awk '/^\[[0-9]+\/[0-9]+ /{printf "\r\033[K%s", substr($0, 1, 100); fflush(); next} {printf "\r\033[K"; print; fflush()} END{print ""}'
-    else
-        awk '/^\[[0-9]+\/[0-9]+ /{last = $0; if (++n % 40 == 0) {print; fflush(); last = ""}; next} {print; fflush()} END{if (last != "") print last}'
-    fi
+    local line last='' count=0
+    while IFS= read -r line; do
+        if [[ ! $line =~ ^\[[0-9]+/[0-9]+' ' ]]; then
+            [ ! -t 1 ] || printf '\r\033[K'
+            printf '%s\n' "$line"
+        elif [ -t 1 ]; then
+            printf '\r\033[K%s' "${line:0:100}"
+        elif ((++count % 40 == 0)); then
+            printf '%s\n' "$line"
+            last=''
+        else
+            last=$line
+        fi
+    done
+    if [ -t 1 ] || [ -n "$last" ]; then printf '%s\n' "$last"; fi
 }
 
 # A runtime directory for this user; Debian's minimal systems have none.
