@@ -5,6 +5,7 @@
 #include <QLocale>
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
+#include <QTimeZone>
 
 #include <algorithm>
 
@@ -112,6 +113,6 @@ qint64 WebFetch::restSeconds() const
     // Or a date, always of Greenwich.
     QDateTime date
         = QLocale::c().toDateTime(QString::fromLatin1(value), u"ddd, dd MMM yyyy HH:mm:ss 'GMT'"_s);
-    date.setTimeSpec(Qt::UTC);
+    date.setTimeZone(QTimeZone::utc());
     return date.isValid() ? std::max<qint64>(QDateTime::currentDateTimeUtc().secsTo(date), 0) : 0;
 }

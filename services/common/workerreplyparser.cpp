@@ -145,7 +145,7 @@ bool WorkerReplyParser::readField(Field field, QByteArrayView value)
         // From year 1 to year 9999.
         if (!readNumber(value, -62135596800000, 253402300799999, number))
             return false;
-        m_reply.created = QDateTime::fromMSecsSinceEpoch(number, Qt::UTC);
+        m_reply.created = QDateTime::fromMSecsSinceEpoch(number, QTimeZone::utc()).toUTC();
         return true;
     case Field::Error:
         return readText(value, MaximumTextBytes, m_reply.error);

@@ -7,6 +7,7 @@
 #include "videolibrary.h"
 
 #include <QDateTime>
+#include <QTimeZone>
 
 #include <algorithm>
 #include <memory>
@@ -21,9 +22,9 @@ constexpr qint64 s_lastTime = 253'402'300'799; // the year 9999
 
 QString timeText(qint64 seconds)
 {
-    const QDateTime time
-        = QDateTime::fromSecsSinceEpoch(std::clamp(seconds, s_firstTime, s_lastTime), Qt::UTC);
-    return u'"' + time.toString(Qt::ISODate) + u"\"^^xsd:dateTime"_s;
+    const auto time
+        = QDateTime::fromSecsSinceEpoch(std::clamp(seconds, s_firstTime, s_lastTime), QTimeZone::utc());
+    return u'"' + time.toUTC().toString(Qt::ISODate) + u"\"^^xsd:dateTime"_s;
 }
 
 // It has no index for these times, but going through them all is a small part of reading the videos.

@@ -6,6 +6,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QTimeZone>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -51,7 +52,7 @@ QString folderName(RelatedLibrary kind, int number)
 
 QByteArray recorded(RelatedLibrary kind, int number)
 {
-    const QDateTime first(QDate(2015, 1, 1), QTime(8, 0), Qt::UTC);
+    const QDateTime first(QDate(2015, 1, 1), QTime(8, 0), QTimeZone::utc());
     const qint64 after = kind == RelatedLibrary::Alike ? number % 36'000 : number * 3600LL;
     return first.addSecs(after).toString(Qt::ISODate).toUtf8();
 }

@@ -15,6 +15,7 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimeZone>
 
 #include <csignal>
 
@@ -216,7 +217,7 @@ void TestVirtuoso::valuesHaveTheirTypes()
     QVERIFY(result->next());
     QCOMPARE(result->value(2), QVariant(qlonglong(67)));
     QCOMPARE(result->value(3), QVariant(qlonglong(1000007)));
-    QCOMPARE(result->value(5), QVariant(QDateTime(QDate(2007, 8, 8), QTime(12, 0), Qt::UTC)));
+    QCOMPARE(result->value(5), QVariant(QDateTime(QDate(2007, 8, 8), QTime(12, 0), QTimeZone::utc())));
     QCOMPARE(result->value(6), QVariant(u"video/mp4"_s));
 }
 

@@ -8,6 +8,7 @@
 #include <QDateTime>
 #include <QFileInfo>
 #include <QTest>
+#include <QTimeZone>
 #include <QUrl>
 
 using namespace Qt::Literals::StringLiterals;
@@ -141,7 +142,7 @@ void TestStoreTexts::details()
     QCOMPARE(result->value(0).toString(), u"urn:uuid:a"_s);
     QCOMPARE(result->value(2).toInt(), 17);
     QCOMPARE(result->value(3).toLongLong(), 5000000000LL);
-    QCOMPARE(result->value(5).toDateTime(), QDateTime(QDate(2024, 2, 3), QTime(4, 5, 6), Qt::UTC));
+    QCOMPARE(result->value(5).toDateTime(), QDateTime(QDate(2024, 2, 3), QTime(4, 5, 6), QTimeZone::utc()));
     QCOMPARE(result->value(8).toString(), u"Long ago"_s);
     QVERIFY(qAbs(result->value(9).toDateTime().secsTo(QDateTime::currentDateTime())) < 600);
     QCOMPARE(result->value(10).toInt(), 3);

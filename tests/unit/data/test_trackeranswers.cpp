@@ -7,6 +7,7 @@
 #include <QPointer>
 #include <QSet>
 #include <QTest>
+#include <QTimeZone>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -214,8 +215,8 @@ void TestTrackerAnswers::addressesInFlightShareTheLastOnesValues()
 
 void TestTrackerAnswers::thePositionOfDetailsIsThePlayCount()
 {
-    const QDateTime added(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC);
-    const QDateTime played(QDate(2025, 1, 2), QTime(3, 4, 5), Qt::UTC);
+    const QDateTime added(QDate(2024, 5, 6), QTime(7, 8, 9), QTimeZone::utc());
+    const QDateTime played(QDate(2025, 1, 2), QTime(3, 4, 5), QTimeZone::utc());
     m_driver->answerWith({{urn, QString(), 61, 5000000000LL, 44, played, u"video/mp4"_s, url, u"Episode 3"_s,
                            added, 3, u"a.mp4"_s}});
     QSignalSpy answers(m_store.get(), &TrackerInterface::videoDetailsFinished);

@@ -4,6 +4,7 @@
 #include "details/detailtexts.h"
 
 #include <QTest>
+#include <QTimeZone>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -151,7 +152,7 @@ void DetailTextsTest::momentsAreToldInTheDevicesTimeZone()
     qputenv("TZ", "Asia/Tokyo");
     tzset();
     const DeviceLocale german(u"de_DE"_s);
-    const QDateTime moment(QDate(2026, 3, 14), QTime(18, 22), Qt::UTC);
+    const QDateTime moment(QDate(2026, 3, 14), QTime(18, 22), QTimeZone::utc());
     QCOMPARE(DetailTexts::date(moment), u"15.03.26"_s);
     QCOMPARE(DetailTexts::time(moment), u"03:22"_s);
     if (before.isEmpty())

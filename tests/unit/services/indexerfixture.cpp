@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimeZone>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -31,7 +32,7 @@ void ScriptedReader::answer(int id, const QString &path)
         reply.cameraModel = u"X<1>"_s;
         reply.width = 640;
         reply.height = 360;
-        reply.created = QDateTime(QDate(2020, 1, 2), QTime(3, 4, 5), Qt::UTC);
+        reply.created = QDateTime(QDate(2020, 1, 2), QTime(3, 4, 5), QTimeZone::utc());
     }
     reply.durationMs = 2400;
     reply.hasVideo = true;

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimeZone>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -170,7 +171,8 @@ void StoreIndexMirror::rowsThatAreNoLocalFilesAreLeftOut()
     QCOMPARE(file.facts->season, -1);
     FileIdentity identity;
     identity.size = 7;
-    identity.modifiedMs = QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5), Qt::UTC).toMSecsSinceEpoch() + 999;
+    identity.modifiedMs
+        = QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5), QTimeZone::utc()).toMSecsSinceEpoch() + 999;
     QVERIFY(file.agreesWith(identity));
     identity.modifiedMs += 1;
     QVERIFY(!file.agreesWith(identity));
@@ -249,7 +251,7 @@ void StoreIndexMirror::allThatTheIndexKnowsIsTold()
                           u"X"_s}));
     QCOMPARE(QList<int>({facts.width, facts.height, facts.season, facts.episode}),
              QList<int>({640, 360, 2, 5}));
-    QCOMPARE(facts.created, QDateTime(QDate(2020, 1, 2), QTime(3, 4, 5), Qt::UTC));
+    QCOMPARE(facts.created, QDateTime(QDate(2020, 1, 2), QTime(3, 4, 5), QTimeZone::utc()));
 }
 
 void StoreIndexMirror::aFileThatWasNotReadIsToldAsOne()

@@ -8,6 +8,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QHash>
+#include <QTimeZone>
 #include <QtTest>
 
 #include <sys/stat.h>
@@ -209,7 +210,7 @@ private Q_SLOTS:
         const MediaReply reply = ask(*m_pool, request);
         QCOMPARE(reply.cameraMake, u"Harrow Optics"_s);
         QCOMPARE(reply.cameraModel, u"Q5 \"pro\""_s);
-        QCOMPARE(reply.created, QDateTime(QDate(2023, 4, 5), QTime(6, 7, 8), Qt::UTC));
+        QCOMPARE(reply.created, QDateTime(QDate(2023, 4, 5), QTime(6, 7, 8), QTimeZone::utc()));
     }
 
     // A phone held upright writes sideways pictures and says so.

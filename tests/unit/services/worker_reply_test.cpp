@@ -2,6 +2,7 @@
 // A worker that a file has taken over may answer anything.
 #include "common/workerreplyparser.h"
 
+#include <QTimeZone>
 #include <QtTest>
 
 #include <cstring>
@@ -65,7 +66,7 @@ private Q_SLOTS:
         QCOMPARE(found.title, u"Zürich by night"_s);
         QCOMPARE(found.season, 2);
         QCOMPARE(found.episode, -1);
-        QCOMPARE(found.created, QDateTime::fromMSecsSinceEpoch(0, Qt::UTC));
+        QCOMPARE(found.created, QDateTime::fromMSecsSinceEpoch(0, QTimeZone::utc()));
     }
 
     void readsWhatTheStreamsAre()
