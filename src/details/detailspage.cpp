@@ -190,13 +190,6 @@ void DetailsPage::sayNothingIsThere()
         showDetails();
 }
 
-// Lines run out under the heading instead of being cut there.
-void DetailsPage::applyStyle()
-{
-    toolkit::ApplicationPage::applyStyle();
-    pannableViewport()->setGround(style().color(u"background"_s));
-}
-
 void DetailsPage::keyPressEvent(QKeyEvent *event)
 {
     if (m_focusSight->moveByKey(event) || pannableViewport()->scrollByKey(event))

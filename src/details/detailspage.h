@@ -73,7 +73,6 @@ public Q_SLOTS:
 
 protected:
     void createContent() override;
-    void applyStyle() override;
     void keyPressEvent(QKeyEvent *event) override;
     void paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *widget) override;
 

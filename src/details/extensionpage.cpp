@@ -35,13 +35,6 @@ ExtensionPage::~ExtensionPage()
     delete m_frame; // lets go of the widget
 }
 
-// Lines run out under the heading instead of being cut there.
-void ExtensionPage::applyStyle()
-{
-    toolkit::ApplicationPage::applyStyle();
-    pannableViewport()->setGround(style().color(u"background"_s));
-}
-
 void ExtensionPage::keyPressEvent(QKeyEvent *event)
 {
     if (m_focusSight->moveByKey(event) || pannableViewport()->scrollByKey(event))
@@ -53,7 +46,6 @@ void ExtensionPage::keyPressEvent(QKeyEvent *event)
 void ExtensionPage::createContent()
 {
     toolkit::ApplicationPage::createContent();
-    applyStyle(); // the name of its style was given before it was this page
     if (!m_content)
         return;
     m_frame = new ExtensionFrame(m_content, ExtensionFrame::Place::OwnPage);

@@ -25,7 +25,6 @@ public:
 
 protected:
     void createContent() override;
-    void applyStyle() override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:

@@ -151,6 +151,8 @@ void ApplicationPage::applyStyle()
 {
     Widget::applyStyle();
     if (d->header != nullptr) {
+        // Lines run out under the heading instead of being cut there.
+        d->viewport->setGround(style().color(u"background"_s));
         d->header->setBarHeight(style().number(u"header"_s, 0));
         arrange();
     }

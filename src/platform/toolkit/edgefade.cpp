@@ -3,6 +3,8 @@
 
 #include "painthelpers.h"
 
+#include <algorithm>
+
 namespace toolkit {
 
 namespace {
@@ -32,8 +34,10 @@ qreal EdgeFade::depth() const
     return m_ground.isValid() ? fadeDepth : 0;
 }
 
-void EdgeFade::setEdges(const QRectF &area, bool atHead, bool atFoot)
+void EdgeFade::setEdges(const QRectF &area, qreal beyondHead, qreal beyondFoot)
 {
+    const qreal atHead = std::clamp(beyondHead / fadeDepth, 0.0, 1.0);
+    const qreal atFoot = std::clamp(beyondFoot / fadeDepth, 0.0, 1.0);
     if (area == m_area && atHead == m_atHead && atFoot == m_atFoot)
         return;
     prepareGeometryChange();
@@ -45,11 +49,16 @@ void EdgeFade::setEdges(const QRectF &area, bool atHead, bool atFoot)
 
 void EdgeFade::paint(QPainter *painter, const QStyleOptionGraphicsItem *, QWidget *)
 {
-    if (m_atHead)
-        fadeInto(painter, QRectF(m_area.topLeft(), QSizeF(m_area.width(), fadeDepth)), Qt::TopEdge, m_ground);
-    if (m_atFoot)
+    QColor ground = m_ground;
+    if (m_atHead > 0) {
+        ground.setAlphaF(float(m_ground.alphaF() * m_atHead));
+        fadeInto(painter, QRectF(m_area.topLeft(), QSizeF(m_area.width(), fadeDepth)), Qt::TopEdge, ground);
+    }
+    if (m_atFoot > 0) {
+        ground.setAlphaF(float(m_ground.alphaF() * m_atFoot));
         fadeInto(painter, QRectF(m_area.left(), m_area.bottom() - fadeDepth, m_area.width(), fadeDepth),
-                 Qt::BottomEdge, m_ground);
+                 Qt::BottomEdge, ground);
+    }
 }
 
 } // namespace toolkit

@@ -16,7 +16,8 @@ public:
     void setGround(const QColor &ground); // invalid: nothing fades
     // What stands so far from an edge is whole.
     [[nodiscard]] qreal depth() const;
-    void setEdges(const QRectF &area, bool atHead, bool atFoot);
+    // How much of the content lies beyond either edge: the fade comes with the first of it, not at once.
+    void setEdges(const QRectF &area, qreal beyondHead, qreal beyondFoot);
 
     [[nodiscard]] QRectF boundingRect() const override { return m_area; }
     void paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *widget) override;
@@ -24,8 +25,8 @@ public:
 private:
     QColor m_ground;
     QRectF m_area;
-    bool m_atHead = false;
-    bool m_atFoot = false;
+    qreal m_atHead = 0; // share of the ground's opacity, 0 to 1
+    qreal m_atFoot = 0;
 };
 
 } // namespace toolkit

@@ -105,9 +105,8 @@ void PannableViewport::Private::updateIndicator()
 {
     const Style &style = q->style();
     const qreal height = widget != nullptr && pannable ? widget->size().height() + fold.height(widget) : 0;
-    const bool more = pannable && scroller.maximum() > 0;
-    fade->setEdges(q->rect(), more && scroller.position() > 0.5,
-                   more && scroller.position() < scroller.maximum() - 0.5);
+    fade->setEdges(q->rect(), pannable ? scroller.position() : 0,
+                   pannable ? scroller.maximum() - scroller.position() : 0);
     indicator->setBar(ScrollIndicator::barFor(
                           q->size(), height, scroller.position(), style.number(u"indicatorWidth"_s, 4),
                           style.number(u"indicatorMargin"_s, 4), q->layoutDirection() == Qt::RightToLeft),

@@ -30,6 +30,9 @@ protected:
     }
 };
 
+// What is scrolled to stays so far from an edge, where the content runs out.
+constexpr qreal EdgeDepth = 28;
+
 // The positions that were told.
 struct Seen
 {

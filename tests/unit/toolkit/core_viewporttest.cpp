@@ -3,6 +3,8 @@
 
 #include "platform/toolkit/button.h"
 
+#include <QImage>
+#include <QPainter>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -33,6 +35,8 @@ private Q_SLOTS:
     void buttonInsideIsClickedOnlyByTaps();
     void turnedSceneIsPannedAlongItself();
     void lostPressDoesNotStick();
+    void whatIsPannedRunsOutAtItsEdges_data();
+    void whatIsPannedRunsOutAtItsEdges();
 };
 
 void ViewportTest::dragFollowsTheFinger_data()
@@ -208,6 +212,43 @@ void ViewportTest::lostPressDoesNotStick()
     m_content->show();
     tap(QPointF(240, 500));
     QCOMPARE(m_content->taps(), 1);
+}
+
+void ViewportTest::whatIsPannedRunsOutAtItsEdges_data()
+{
+    QTest::addColumn<qreal>("beyond"); // logical pixels of content
+    QTest::addColumn<int>("least"); // of what is seen of its colour at the edge itself, of 255
+    QTest::addColumn<int>("most");
+    QTest::newRow("nothing") << 0.0 << 250 << 255;
+    QTest::newRow("the first of it") << 7.0 << 150 << 249;
+    QTest::newRow("much") << 500.0 << 0 << 100;
+}
+
+// It was cut under the heading of a page; and the fade comes with what goes there, not at once.
+void ViewportTest::whatIsPannedRunsOutAtItsEdges()
+{
+    QFETCH(const qreal, beyond);
+    QFETCH(const int, least);
+    QFETCH(const int, most);
+    makePage(5000);
+    QPalette magenta;
+    magenta.setColor(QPalette::Window, Qt::magenta); // of which every ground has less
+    m_content->setPalette(magenta);
+    m_content->setAutoFillBackground(true);
+    const auto shown = [this](bool atFoot) {
+        const QRectF area = m_viewport->mapRectToScene(m_viewport->rect());
+        QImage image(480, 854, QImage::Format_RGB32);
+        QPainter painter(&image);
+        m_window->scene()->render(&painter, image.rect(), QRectF(0, 0, 480, 854));
+        painter.end();
+        return image.pixelColor(240, int(atFoot ? area.bottom() - 1 : area.top())).red();
+    };
+    m_viewport->setPosition({0, beyond});
+    const int atHead = shown(false);
+    QVERIFY2(atHead >= least && atHead <= most, qPrintable(QString::number(atHead)));
+    m_viewport->setPosition({0, m_viewport->range().height() - beyond});
+    const int atFoot = shown(true);
+    QVERIFY2(atFoot >= least && atFoot <= most, qPrintable(QString::number(atFoot)));
 }
 
 KESTREL_TOOLKIT_TEST_MAIN(ViewportTest)
