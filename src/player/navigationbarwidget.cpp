@@ -3,7 +3,6 @@
 
 #include <platform/toolkit/button.h>
 #include <platform/toolkit/keeptranslated.h>
-#include <platform/toolkit/theme.h>
 
 #include <QCoreApplication>
 #include <QGraphicsGridLayout>
@@ -62,20 +61,15 @@ void NavigationBarWidget::takeCentralWidth()
     Widget measure;
     measure.setStyleName(u"NavigationBarToolbar"_s);
     m_centralWidth = qRound(measure.preferredWidth());
-    const QSizeF widest
-        = toolkit::Theme::instance()->style(measure.styleName(), Qt::Horizontal).preferredSize;
-    m_widestCentralWidth = qMax(m_centralWidth, qRound(widest.width()));
     layOutCentralColumn();
 }
 
-// More than its own width only as far as the bar has it beside the buttons.
+// More than its own width as far as the bar has it beside the buttons: what stands at its end stands beside
+// the menu.
 void NavigationBarWidget::layOutCentralColumn()
 {
-    int width = m_centralWidth;
-    if (screenOrientation() == Qt::Horizontal) {
-        const qreal free = size().width() - m_backButton->preferredWidth() - m_menuButton->preferredWidth();
-        width = qMax(width, qMin(m_widestCentralWidth, int(free)));
-    }
+    const qreal free = size().width() - m_backButton->preferredWidth() - m_menuButton->preferredWidth();
+    const int width = qMax(m_centralWidth, int(free));
     // Its own is the least, so that a bar that was wide can become narrow.
     m_layout->setColumnFixedWidth(CentralColumn, m_centralWidth);
     m_layout->setColumnPreferredWidth(CentralColumn, width);
@@ -86,13 +80,6 @@ void NavigationBarWidget::resizeEvent(QGraphicsSceneResizeEvent *event)
 {
     Widget::resizeEvent(event);
     layOutCentralColumn();
-}
-
-void NavigationBarWidget::applyStyle()
-{
-    Widget::applyStyle();
-    if (m_centralWidth > 0) // was taken
-        layOutCentralColumn();
 }
 
 void NavigationBarWidget::setBackButtonIcon(const QString &iconId)

@@ -37,7 +37,6 @@ Q_SIGNALS:
 protected:
     QVariant itemChange(GraphicsItemChange change, const QVariant &value) override;
     void resizeEvent(QGraphicsSceneResizeEvent *event) override;
-    void applyStyle() override; // also when the window turns, before or after it has another width
 
 private:
     void takeCentralWidth();
@@ -49,5 +48,4 @@ private:
     toolkit::IconButton *m_menuButton;
     QPointer<QGraphicsWidget> m_centralWidget;
     int m_centralWidth = 0; // whole pixels, of the theme
-    int m_widestCentralWidth = 0; // where the bar lies along the screen's longer side
 };

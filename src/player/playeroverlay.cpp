@@ -15,6 +15,7 @@
 #include <QPropertyAnimation>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 using namespace Qt::Literals::StringLiterals;
@@ -61,18 +62,23 @@ PlayerOverlay::PlayerOverlay(QGraphicsItem *parent)
 
     setOpacity(0);
     setVisible(false);
-    connect(m_toolbar, &QGraphicsWidget::geometryChanged, this, &PlayerOverlay::keepTitleClear);
+    connect(m_toolbar, &QGraphicsWidget::geometryChanged, this, &PlayerOverlay::placeTitle);
+    connect(m_infoButton, &QGraphicsWidget::visibleChanged, this, &PlayerOverlay::placeTitle);
+    // The title has its new font by then: it was made before this.
+    connect(toolkit::Theme::instance(), &toolkit::Theme::stylesChanged, this, &PlayerOverlay::placeTitle);
     connect(m_fade, &QPropertyAnimation::finished, this, [this] { setVisible(m_shown); });
 }
 
 PlayerOverlay::~PlayerOverlay()
 {
     m_toolbar->disconnect(this); // its place changes once more while all this goes
+    m_infoButton->disconnect(this);
 }
 
 void PlayerOverlay::setTitle(const QString &title)
 {
     m_title->setText(title);
+    placeTitle();
 }
 
 QString PlayerOverlay::title() const
@@ -85,10 +91,11 @@ void PlayerOverlay::setTaken(const QMarginsF &taken)
     if (m_taken == taken)
         return;
     m_taken = taken;
-    keepTitleClear();
+    placeTitle();
 }
 
-void PlayerOverlay::keepTitleClear()
+// In the middle of what of the bar is not taken, as far as the button beside it leaves room for that.
+void PlayerOverlay::placeTitle()
 {
     const QRectF toolbar = m_toolbar->geometry();
     const auto overlap = [](qreal taken, qreal before) {
@@ -99,6 +106,10 @@ void PlayerOverlay::keepTitleClear()
     // A layout's margins are those of lines from left to right.
     if (m_toolbar->layoutDirection() == Qt::RightToLeft)
         std::swap(left, right);
+    const qreal button = m_infoButton->isVisibleTo(m_toolbar) ? m_infoButton->preferredWidth() : 0;
+    const qreal text = std::ceil(m_title->effectiveSizeHint(Qt::PreferredSize).width()) + 1;
+    const qreal spare = toolbar.width() - left - right - button - text;
+    left += std::clamp(spare, 0.0, button);
     m_toolbar->layout()->setContentsMargins(left, 0, right, 0);
 }
 

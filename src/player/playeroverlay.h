@@ -42,7 +42,7 @@ protected:
     QSizeF sizeHint(Qt::SizeHint which, const QSizeF &constraint) const override;
 
 private:
-    void keepTitleClear();
+    void placeTitle();
 
     NavigationBarWidget *m_navigationBar;
     toolkit::Widget *m_toolbar;
