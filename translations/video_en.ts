@@ -191,12 +191,12 @@
     <message id="qtn_vide_facts_resolution">
         <source>Resolution: %1 × %2</source>
         <extracomment>File of a video; %1 width and %2 height of its picture in pixels</extracomment>
-        <translation>Resolution: %1 × %2</translation>
+        <translation>Resolution: %1 × %2</translation>
     </message>
     <message id="qtn_vide_facts_framerate">
         <source>Frame rate: %1 fps</source>
         <extracomment>File of a video; %1 pictures a second, such as 29.97</extracomment>
-        <translation>Frame rate: %1 fps</translation>
+        <translation>Frame rate: %1 fps</translation>
     </message>
     <message id="qtn_vide_facts_codecs">
         <source>Codecs: %1</source>
@@ -211,12 +211,12 @@
     <message id="qtn_vide_facts_kilobits">
         <source>%1 kbit/s</source>
         <extracomment>A bit rate; %1 is a whole number</extracomment>
-        <translation>%1 kbit/s</translation>
+        <translation>%1 kbit/s</translation>
     </message>
     <message id="qtn_vide_facts_megabits">
         <source>%1 Mbit/s</source>
         <extracomment>A bit rate; %1 is a number with one decimal</extracomment>
-        <translation>%1 Mbit/s</translation>
+        <translation>%1 Mbit/s</translation>
     </message>
     <message id="qtn_vide_facts_audio">
         <source>Audio tracks: %1</source>

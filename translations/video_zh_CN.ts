@@ -191,7 +191,7 @@
     <message id="qtn_vide_facts_resolution">
         <source>Resolution: %1 × %2</source>
         <extracomment>File of a video; %1 width and %2 height of its picture in pixels</extracomment>
-        <translation>分辨率：%1 × %2</translation>
+        <translation>分辨率：%1 × %2</translation>
     </message>
     <message id="qtn_vide_facts_framerate">
         <source>Frame rate: %1 fps</source>

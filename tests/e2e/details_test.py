@@ -73,7 +73,7 @@ class Details(Page):
         labels = self.details("Details", "Beta", "Length: 00:40", "Format: MP4", "Times played: 0")
         self.assertFalse([label for label in labels if label.startswith("Last played")])
         # What is in the file comes when it has been read.
-        labels = self.details("File", "Resolution: 320 × 180", "Frame rate: 24 fps", "Codecs: H.264, AAC", "Audio tracks: 1", "Subtitles: 0",
+        labels = self.details("File", "Resolution: 320\u00a0×\u00a0180", "Frame rate: 24\u00a0fps", "Codecs: H.264, AAC", "Audio tracks: 1", "Subtitles: 0",
                               f"Folder: ~/{self.videos.name}")
         self.assertLess(labels.index("Times played: 0"), labels.index("File"))
         self.back()

@@ -126,8 +126,8 @@ void DetailsFactsTest::factsComeBelowTheDetails()
                      {u"audio-languages"_s, QStringList{u"fi"_s}},
                      {u"subtitle-tracks"_s, 0}});
     QTRY_COMPARE(shownFacts(),
-                 QStringList({u"File"_s, u"Resolution: 320 × 180"_s, u"Frame rate: 25 fps"_s,
-                              u"Codecs: H.264, AAC"_s, u"Bit rate: 640 kbit/s"_s,
+                 QStringList({u"File"_s, u"Resolution: 320\u00A0×\u00A0180"_s, u"Frame rate: 25\u00A0fps"_s,
+                              u"Codecs: H.264, AAC"_s, u"Bit rate: 640\u00A0kbit/s"_s,
                               u"Audio tracks: 1 (Finnish)"_s, u"Subtitles: 0"_s, u"Folder: /videos"_s}));
     QCOMPARE(f.texts().first(7), before);
     QCOMPARE(f.labels().at(7)->accessibleRole(), QAccessible::Heading);
@@ -160,7 +160,7 @@ void DetailsFactsTest::factsOfTheVideoBeforeAreIgnored()
     settle();
     QCOMPARE(shownFacts(), QStringList());
     m_store->answer(1, facts(222));
-    QTRY_COMPARE(shownFacts().value(1), u"Resolution: 222 × 180"_s);
+    QTRY_COMPARE(shownFacts().value(1), u"Resolution: 222\u00A0×\u00A0180"_s);
 }
 
 void DetailsFactsTest::factsStayWhileTheFileIsReadAgain()
@@ -168,12 +168,12 @@ void DetailsFactsTest::factsStayWhileTheFileIsReadAgain()
     QVERIFY(f.show(video(1)));
     QTRY_COMPARE(m_store->questions.size(), 1);
     m_store->answer(0, facts(111));
-    QTRY_COMPARE(shownFacts().value(1), u"Resolution: 111 × 180"_s);
+    QTRY_COMPARE(shownFacts().value(1), u"Resolution: 111\u00A0×\u00A0180"_s);
     f.page->setPlayedVideo(u"urn:uuid:1"_s);
     QTRY_COMPARE(m_store->questions.size(), 2);
-    QCOMPARE(shownFacts().value(1), u"Resolution: 111 × 180"_s);
+    QCOMPARE(shownFacts().value(1), u"Resolution: 111\u00A0×\u00A0180"_s);
     m_store->answer(1, facts(222));
-    QTRY_COMPARE(shownFacts().value(1), u"Resolution: 222 × 180"_s);
+    QTRY_COMPARE(shownFacts().value(1), u"Resolution: 222\u00A0×\u00A0180"_s);
     QVERIFY(f.show(video(2))); // but not to another video
     QCOMPARE(shownFacts(), QStringList());
 }
@@ -183,7 +183,7 @@ void DetailsFactsTest::aFileThatChangedLosesItsFacts()
     QVERIFY(f.show(video(1)));
     QTRY_COMPARE(m_store->questions.size(), 1);
     m_store->answer(0, facts(111));
-    QTRY_COMPARE(shownFacts().value(1), u"Resolution: 111 × 180"_s);
+    QTRY_COMPARE(shownFacts().value(1), u"Resolution: 111\u00A0×\u00A0180"_s);
     f.page->setPlayedVideo(u"urn:uuid:1"_s);
     QTRY_COMPARE(m_store->questions.size(), 2);
     m_store->fail(1);

@@ -54,29 +54,31 @@ void FactTextsTest::linesOfAFilm_data()
     QTest::addColumn<QString>("locale");
     QTest::addColumn<QStringList>("lines");
     QTest::newRow("en") << u"en_GB"_s
-                        << QStringList{u"Resolution: 1920 × 1080"_s,
-                                       u"Frame rate: 23.98 fps"_s,
+                        << QStringList{u"Resolution: 1920\u00A0×\u00A01080"_s,
+                                       u"Frame rate: 23.98\u00A0fps"_s,
                                        u"Codecs: H.264, AAC, AC-3"_s,
-                                       u"Bit rate: 8.2 Mbit/s"_s,
+                                       u"Bit rate: 8.2\u00A0Mbit/s"_s,
                                        u"Audio tracks: 2 (English and Finnish)"_s,
                                        u"Subtitles: 3 (German)"_s,
                                        u"Folder: /media/films"_s};
-    QTest::newRow("de") << u"de_DE"_s << QStringList{u"Auflösung: 1920 × 1080"_s,
-                                                     u"Bildrate: 23,98\u00A0Bilder/s"_s,
-                                                     u"Codecs: H.264, AAC, AC-3"_s,
-                                                     u"Bitrate: 8,2\u00A0MBit/s"_s,
-                                                     u"Tonspuren: 2 (Englisch und Finnisch)"_s,
-                                                     u"Untertitel: 3 (Deutsch)"_s,
-                                                     u"Ordner: /media/films"_s};
-    QTest::newRow("fi") << u"fi_FI"_s << QStringList{u"Tarkkuus: 1920 × 1080"_s,
-                                                     u"Kuvataajuus: 23,98\u00A0kuvaa/s"_s,
-                                                     u"Koodekit: H.264, AAC, AC-3"_s,
-                                                     u"Bittinopeus: 8,2\u00A0Mbit/s"_s,
-                                                     u"Ääniraidat: 2 (englanti ja suomi)"_s,
-                                                     u"Tekstitykset: 3 (saksa)"_s,
-                                                     u"Kansio: /media/films"_s};
+    QTest::newRow("de") << u"de_DE"_s
+                        << QStringList{u"Auflösung: 1920\u00A0×\u00A01080"_s,
+                                       u"Bildrate: 23,98\u00A0Bilder/s"_s,
+                                       u"Codecs: H.264, AAC, AC-3"_s,
+                                       u"Bitrate: 8,2\u00A0MBit/s"_s,
+                                       u"Tonspuren: 2 (Englisch und Finnisch)"_s,
+                                       u"Untertitel: 3 (Deutsch)"_s,
+                                       u"Ordner: /media/films"_s};
+    QTest::newRow("fi") << u"fi_FI"_s
+                        << QStringList{u"Tarkkuus: 1920\u00A0×\u00A01080"_s,
+                                       u"Kuvataajuus: 23,98\u00A0kuvaa/s"_s,
+                                       u"Koodekit: H.264, AAC, AC-3"_s,
+                                       u"Bittinopeus: 8,2\u00A0Mbit/s"_s,
+                                       u"Ääniraidat: 2 (englanti ja suomi)"_s,
+                                       u"Tekstitykset: 3 (saksa)"_s,
+                                       u"Kansio: /media/films"_s};
     QTest::newRow("ar") << u"ar_EG"_s
-                        << QStringList{u"الدقة: ١٩٢٠ × ١٠٨٠"_s,
+                        << QStringList{u"الدقة: ١٩٢٠\u00A0×\u00A0١٠٨٠"_s,
                                        u"معدل الإطارات: ٢٣٫٩٨\u00A0إطار/ث"_s,
                                        u"الترميز: H.264, AAC, AC-3"_s,
                                        u"معدل البت: ٨٫٢\u00A0ميغابت/ث"_s,
@@ -84,7 +86,7 @@ void FactTextsTest::linesOfAFilm_data()
                                        u"الترجمات: ٣ (الألمانية)"_s,
                                        u"المجلد: \u2066/media/films\u2069"_s};
     QTest::newRow("ja") << u"ja_JP"_s
-                        << QStringList{u"解像度: 1920 × 1080"_s,
+                        << QStringList{u"解像度: 1920\u00A0×\u00A01080"_s,
                                        u"フレームレート: 23.98\u00A0fps"_s,
                                        u"コーデック: H.264, AAC, AC-3"_s,
                                        u"ビットレート: 8.2\u00A0Mbps"_s,
@@ -105,7 +107,7 @@ void FactTextsTest::wordsAreThoseOfTheTextsAndNumbersThoseOfTheRegion()
 {
     const DeviceLocale device(u"fi_FI"_s, u"en"_s);
     const QStringList lines = FactTexts::lines(film(), u"file:///media/films/film.mkv"_s);
-    QCOMPARE(lines.at(1), u"Frame rate: 23,98 fps"_s);
+    QCOMPARE(lines.at(1), u"Frame rate: 23,98\u00A0fps"_s);
     QCOMPARE(lines.at(4), u"Audio tracks: 2 (English and Finnish)"_s);
 }
 
@@ -148,11 +150,11 @@ void FactTextsTest::bitRates_data()
 {
     QTest::addColumn<qint64>("rate");
     QTest::addColumn<QString>("text");
-    QTest::newRow("hardly any") << qint64(3) << u"1 kbit/s"_s;
-    QTest::newRow("kilobits") << qint64(640400) << u"640 kbit/s"_s;
-    QTest::newRow("just below a megabit") << qint64(999499) << u"999 kbit/s"_s;
-    QTest::newRow("a megabit") << qint64(1000000) << u"1.0 Mbit/s"_s;
-    QTest::newRow("many") << qint64(1234567890) << u"1234.6 Mbit/s"_s;
+    QTest::newRow("hardly any") << qint64(3) << u"1\u00A0kbit/s"_s;
+    QTest::newRow("kilobits") << qint64(640400) << u"640\u00A0kbit/s"_s;
+    QTest::newRow("just below a megabit") << qint64(999499) << u"999\u00A0kbit/s"_s;
+    QTest::newRow("a megabit") << qint64(1000000) << u"1.0\u00A0Mbit/s"_s;
+    QTest::newRow("many") << qint64(1234567890) << u"1234.6\u00A0Mbit/s"_s;
 }
 
 void FactTextsTest::bitRates()
