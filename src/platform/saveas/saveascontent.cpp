@@ -6,6 +6,7 @@
 #include "platform/toolkit/layout.h"
 #include "platform/toolkit/textedit.h"
 
+#include <QEvent>
 #include <QLocale>
 
 using namespace Qt::Literals::StringLiterals;
@@ -67,8 +68,23 @@ SaveAsContent::SaveAsContent()
     m_size = addLabel(u"SaveAsFactInverted"_s, new Label(this));
     m_free = addLabel(u"SaveAsFactInverted"_s, new Label(this));
     column->addStretch();
+    connect(m_field, &TextEdit::textChanged, this, &SaveAsContent::followName);
     setError({});
     showForm();
+}
+
+// A name and its ending are read as one, the way the name is written; everything else stays as the page is.
+void SaveAsContent::followName()
+{
+    m_field->setLayoutDirection(layoutDirection());
+    m_row->setLayoutDirection(m_field->textDirection());
+}
+
+void SaveAsContent::changeEvent(QEvent *event)
+{
+    toolkit::Widget::changeEvent(event);
+    if (event->type() == QEvent::LayoutDirectionChange)
+        followName();
 }
 
 Label *SaveAsContent::addLabel(const QString &styleName, Label *label)

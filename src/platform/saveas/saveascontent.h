@@ -41,7 +41,11 @@ public:
     [[nodiscard]] toolkit::Label *progressLabel() const { return m_status; }
     [[nodiscard]] toolkit::Label *heading() const { return m_heading; }
 
+protected:
+    void changeEvent(QEvent *event) override;
+
 private:
+    void followName();
     toolkit::Label *addLabel(const QString &styleName, toolkit::Label *label);
     void showFacts();
     void showProgress();

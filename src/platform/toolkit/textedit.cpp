@@ -125,6 +125,11 @@ QString TextEdit::text() const
     return d->editor.text();
 }
 
+Qt::LayoutDirection TextEdit::textDirection() const
+{
+    return d->isRightToLeft(layoutDirection()) ? Qt::RightToLeft : Qt::LeftToRight;
+}
+
 void TextEdit::setPrompt(const QString &prompt)
 {
     d->prompt = prompt;

@@ -25,6 +25,8 @@ public:
 
     void setText(const QString &text); // textChanged() when it is another; the cursor goes to the end
     [[nodiscard]] QString text() const;
+    // The way in which its text is written; without any, that of the field.
+    [[nodiscard]] Qt::LayoutDirection textDirection() const;
     void setPrompt(const QString &prompt);
     [[nodiscard]] QString prompt() const;
     void setInputMethodCorrectionEnabled(bool enabled);

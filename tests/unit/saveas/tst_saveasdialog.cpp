@@ -30,7 +30,8 @@ private Q_SLOTS:
     void tellsThePathThatIsSaved();
     void appearsAnewEachTime();
     void nothingHappensWithoutAWindow();
-    void mirroredTheExtensionStandsAtTheLeft();
+    void theExtensionStandsWhereTheNameEnds_data();
+    void theExtensionStandsWhereTheNameEnds();
 };
 
 void TestSaveAsDialog::everyTextIsThere()
@@ -361,14 +362,38 @@ void TestSaveAsDialog::nothingHappensWithoutAWindow()
     QVERIFY(!m_dialog->isCopying());
 }
 
-void TestSaveAsDialog::mirroredTheExtensionStandsAtTheLeft()
+void TestSaveAsDialog::theExtensionStandsWhereTheNameEnds_data()
 {
-    QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+    QTest::addColumn<bool>("mirrored");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("atTheRight");
+    for (const bool mirrored : {false, true}) {
+        const QString page = mirrored ? u"right to left"_s : u"left to right"_s;
+        QTest::addRow("Latin, %s", qPrintable(page)) << mirrored << u"clip"_s << true;
+        QTest::addRow("Arabic, %s", qPrintable(page)) << mirrored << u"رحلة"_s << false;
+        QTest::addRow("a number, %s", qPrintable(page)) << mirrored << u"1988"_s << !mirrored;
+        QTest::addRow("none, %s", qPrintable(page)) << mirrored << u""_s << !mirrored;
+    }
+}
+
+void TestSaveAsDialog::theExtensionStandsWhereTheNameEnds()
+{
+    QFETCH(bool, mirrored);
+    QFETCH(QString, name);
+    QFETCH(bool, atTheRight);
+    QGuiApplication::setLayoutDirection(mirrored ? Qt::RightToLeft : Qt::LeftToRight);
     open();
+    content()->field()->setText(name);
+    const auto place = [](const toolkit::Widget *widget) { return widget->mapRectToScene(widget->rect()); };
     const toolkit::Label *extension = content()->extensionLabel();
-    const auto *field = content()->field();
-    QTRY_VERIFY(extension->mapRectToScene(extension->rect()).right()
-                <= field->mapRectToScene(field->rect()).left());
+    const toolkit::TextEdit *field = content()->field();
+    if (atTheRight)
+        QTRY_VERIFY(place(extension).left() >= place(field).right());
+    else
+        QTRY_VERIFY(place(extension).right() <= place(field).left());
+    // All else is as on the page.
+    QCOMPARE(field->layoutDirection(), content()->layoutDirection());
+    QCOMPARE(content()->heading()->layoutDirection(), mirrored ? Qt::RightToLeft : Qt::LeftToRight);
 }
 
 QTEST_MAIN(TestSaveAsDialog)
