@@ -1,19 +1,26 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pictures.h"
 
+#include "relatedlog.h"
+
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusPendingCall>
+#include <QDBusPendingCallWatcher>
+#include <QDBusServiceWatcher>
 #include <QDir>
 #include <QFile>
 #include <QFuture>
 #include <QImageReader>
+#include <QProcess>
 #include <QPromise>
+#include <QStandardPaths>
 #include <QThreadPool>
 #include <QUrl>
 
 #include <memory>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -24,6 +31,7 @@ constexpr int mostOnline = 100;
 constexpr QSize largest(412, 232); // twice the size on a screen 480 wide
 const QString thumbnailer = u"com.harrow.Kestrel.Thumbnailer"_s;
 const QString thumbnailerPath = u"/org/freedesktop/thumbnails/Thumbnailer1"_s;
+constexpr int startTimeoutMs = 10'000;
 const QString thumbnailerInterface = u"org.freedesktop.thumbnails.Thumbnailer1"_s;
 
 QImage readFirst(const QStringList &paths)
@@ -45,6 +53,14 @@ Pictures::Pictures(QObject *parent) : QObject(parent), m_pictures(mostPictures),
 {
     QDBusConnection::sessionBus().connect(thumbnailer, thumbnailerPath, thumbnailerInterface, u"Ready"_s,
                                           this, SLOT(thumbnailReady(uint, QStringList)));
+    auto *watcher = new QDBusServiceWatcher(thumbnailer, QDBusConnection::sessionBus(),
+                                            QDBusServiceWatcher::WatchForRegistration, this);
+    // It ends when nobody wants anything of it for a while, and what it was asked for goes with it.
+    connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] {
+        m_start = QDeadlineTimer();
+        for (const RelatedVideo &video : std::as_const(m_waiting))
+            queue(video);
+    });
 }
 
 QString Pictures::fileName(const QString &url)
@@ -133,12 +149,43 @@ void Pictures::askThumbnailer(const RelatedVideo &video)
         return;
     m_asked.insert(video.url);
     m_waiting.insert(video.url, video);
+    queue(video);
+}
+
+// What is not answered leaves the place of the picture as it is.
+void Pictures::queue(const RelatedVideo &video)
+{
     QDBusMessage call
         = QDBusMessage::createMethodCall(thumbnailer, thumbnailerPath, thumbnailerInterface, u"Queue"_s);
     call.setArguments(
         {QStringList(video.url), QStringList(video.mimeType), u"video-grid"_s, u"default"_s, 0U});
-    // What is not answered leaves the place of the picture as it is.
-    QDBusConnection::sessionBus().asyncCall(call);
+    auto *asked = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
+    connect(asked, &QDBusPendingCallWatcher::finished, this, [this, asked] {
+        asked->deleteLater();
+        if (asked->isError() && asked->error().type() == QDBusError::ServiceUnknown)
+            startThumbnailer();
+    });
+}
+
+// The session starts the one that is installed; without that the program does, and so its plug-in.
+void Pictures::startThumbnailer()
+{
+    if (!m_start.hasExpired())
+        return;
+    const QString program
+        = QStandardPaths::findExecutable(u"kestrel-thumbnailer"_s, {QCoreApplication::applicationDirPath()});
+    if (program.isEmpty())
+        return;
+    QProcess process;
+    process.setProgram(program);
+    process.setWorkingDirectory(u"/"_s);
+    // It outlives the program, and must not hold a pipe that somebody waits on.
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    m_start.setRemainingTime(startTimeoutMs);
+    if (!process.startDetached())
+        qCWarning(relatedLog) << program << "cannot be started:" << process.errorString();
 }
 
 void Pictures::thumbnailReady(uint, const QStringList &urls)

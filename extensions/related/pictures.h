@@ -4,13 +4,14 @@
 #include "relatedvideo.h"
 
 #include <QCache>
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QPixmap>
 #include <QSet>
 #include <QStringList>
 
 // Pictures of videos: where playing stopped, else what the thumbnailer made, which is asked when there is
-// none. Files are read in a thread.
+// none, and started where the session does not start it. Files are read in a thread.
 class Pictures : public QObject
 {
     Q_OBJECT
@@ -44,6 +45,8 @@ private:
     [[nodiscard]] QPixmap onlinePicture(const RelatedVideo &video);
     void read(const RelatedVideo &video);
     void askThumbnailer(const RelatedVideo &video);
+    void queue(const RelatedVideo &video);
+    void startThumbnailer();
 
     QCache<QString, QPixmap> m_pictures;
     QSet<QString> m_reading;
@@ -51,4 +54,5 @@ private:
     QCache<QString, QPixmap> m_online;
     QSet<QString> m_askedOnline; // and not come
     QHash<QString, RelatedVideo> m_waiting;
+    QDeadlineTimer m_start; // runs while a thumbnailer that was started may still come
 };

@@ -51,16 +51,18 @@ qreal RelatedColumn::heightAt(qreal width) const
 {
     qreal height = 0;
     for (const TouchRow *row : m_rows)
-        height += row->heightAt(width);
+        height += row->heightAt(std::min(width, Measure));
     return height;
 }
 
 void RelatedColumn::placeRows()
 {
+    const qreal width = std::min(size().width(), Measure);
+    const qreal left = layoutDirection() == Qt::RightToLeft ? size().width() - width : 0;
     qreal top = 0;
     for (TouchRow *row : std::as_const(m_rows)) {
-        const qreal height = row->heightAt(size().width());
-        row->setGeometry(0, top, size().width(), height);
+        const qreal height = row->heightAt(width);
+        row->setGeometry(left, top, width, height);
         top += height;
     }
 }

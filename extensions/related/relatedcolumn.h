@@ -6,7 +6,8 @@
 
 class TouchRow;
 
-// Rows one below the other, as wide as the page and as high as they want to be there.
+// Rows one below the other, as wide as the page, if that is not wider than people like to read, and as high
+// as they want to be there.
 class RelatedColumn : public QGraphicsWidget
 {
     Q_OBJECT
@@ -32,6 +33,8 @@ protected:
 private:
     [[nodiscard]] qreal heightAt(qreal width) const;
     void placeRows();
+
+    static constexpr qreal Measure = 720; // as the list of all videos
 
     QList<TouchRow *> m_rows;
 };

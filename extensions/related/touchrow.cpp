@@ -34,10 +34,10 @@ QRectF TouchRow::mirrored(const QRectF &part) const
 
 void TouchRow::paint(QPainter *painter, const QStyleOptionGraphicsItem *, QWidget *)
 {
-    if (m_isPressed)
-        painter->fillRect(rect(), palette().color(QPalette::Button));
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
+    if (m_isPressed)
+        paintPlate(painter);
     painter->setLayoutDirection(layoutDirection());
     paintContent(painter, rect().adjusted(Margin, 0, -Margin, 0));
     painter->restore();
@@ -47,6 +47,16 @@ void TouchRow::paint(QPainter *painter, const QStyleOptionGraphicsItem *, QWidge
         painter->setBrush(Qt::NoBrush);
         painter->drawRoundedRect(rect().adjusted(4, 4, -4, -4), 10, 10);
     }
+}
+
+// As wide as the page it ends with that; on a wider one it has corners.
+void TouchRow::paintPlate(QPainter *painter) const
+{
+    const QGraphicsWidget *page = parentWidget();
+    const qreal radius = page && page->size().width() > size().width() ? 12 : 0;
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(palette().color(QPalette::Button));
+    painter->drawRoundedRect(rect(), radius, radius);
 }
 
 void TouchRow::changeEvent(QEvent *event)

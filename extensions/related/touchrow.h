@@ -51,6 +51,7 @@ protected:
     void focusOutEvent(QFocusEvent *event) override;
 
 private:
+    void paintPlate(QPainter *painter) const;
     void setPressed(bool pressed);
     void setMarked(bool marked);
 

@@ -19,6 +19,7 @@ constexpr QSizeF pictureSize(206, 116);
 constexpr qreal lowestRow = 136;
 constexpr qreal gap = 16;
 constexpr qreal radius = 8;
+constexpr int highestTime = 26; // text that covers no more of the picture
 
 QFont titleFont(const QFont &font)
 {
@@ -138,7 +139,9 @@ void VideoRow::paintProgress(QPainter *painter, const QRectF &place) const
 void VideoRow::paintTime(QPainter *painter, const QRectF &place) const
 {
     const QString time = timeText(m_video.duration);
-    const QFont font = scaledFont(this->font(), 0.85, QFont::DemiBold);
+    QFont font = scaledFont(this->font(), 0.85, QFont::DemiBold);
+    if (font.pixelSize() > highestTime)
+        font.setPixelSize(highestTime);
     const QFontMetricsF metrics(font);
     const QSizeF size(metrics.horizontalAdvance(time) + 16, metrics.height() + 4);
     QRectF pill(place.bottomRight() - QPointF(size.width() + 6, size.height() + 8), size);

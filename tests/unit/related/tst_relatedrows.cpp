@@ -32,6 +32,8 @@ private Q_SLOTS:
     void theKeyboardStaysWhereItWas();
     void everythingTappedIsHighEnough_data();
     void everythingTappedIsHighEnough();
+    void rowsAreNoWiderThanPeopleRead_data();
+    void rowsAreNoWiderThanPeopleRead();
     void anyTitleFits_data();
     void anyTitleFits();
     void aWordThatIsTooWideIsNotTornApart();
@@ -237,6 +239,33 @@ void TestRelatedRows::everythingTappedIsHighEnough()
         bottom += row->size().height();
     }
     QCOMPARE(m_column->effectiveSizeHint(Qt::PreferredSize, {480, -1}), QSizeF(480, bottom));
+}
+
+void TestRelatedRows::rowsAreNoWiderThanPeopleRead_data()
+{
+    QTest::addColumn<qreal>("page");
+    QTest::addColumn<Qt::LayoutDirection>("direction");
+    QTest::addColumn<qreal>("left");
+    QTest::addColumn<qreal>("width");
+    QTest::newRow("upright") << 480.0 << Qt::LeftToRight << 0.0 << 480.0;
+    QTest::newRow("a desktop's") << 1280.0 << Qt::LeftToRight << 0.0 << 720.0;
+    QTest::newRow("a desktop's, right to left") << 1280.0 << Qt::RightToLeft << 560.0 << 720.0;
+}
+
+// A long title ran across the whole of a large window.
+void TestRelatedRows::rowsAreNoWiderThanPeopleRead()
+{
+    QFETCH(qreal, page);
+    QFETCH(Qt::LayoutDirection, direction);
+    QFETCH(qreal, left);
+    QFETCH(qreal, width);
+    m_column->setLayoutDirection(direction);
+    m_column->resize(page, 100);
+    m_column->setRows(m_rows.all({State::Found, six()}));
+    for (const TouchRow *row : m_column->rows()) {
+        QCOMPARE(row->geometry().left(), left);
+        QCOMPARE(row->geometry().width(), width);
+    }
 }
 
 void TestRelatedRows::anyTitleFits_data()
