@@ -100,6 +100,7 @@ void ApplicationWindow::Private::followScreen()
                 q->showForProfile();
         }
     }
+    followScale();
     // A compositor that turns the screen tells how the device is held.
     if (profile == Profile::Handset && !locked)
         q->setOrientationAngle(uprightAngle(screenSize()), Transition::Immediate);

@@ -37,6 +37,8 @@ public:
     void turnScene(Transition transition);
     void place(qreal rotation);
     void followScreen();
+    void followScale();
+    void takeScaleOfScreen(qreal before);
     void firstSize();
     void activationChanged();
     void installViewport();
@@ -50,6 +52,7 @@ public:
     WindowPresence presence;
     std::unique_ptr<SceneManager> manager;
     QPointer<QScreen> followedScreen;
+    qreal followedScale = 0; // device pixels per pixel of the screen; 0: none known yet
     WindowInput input;
     ToolbarView toolbarView = ToolbarView::Default;
     QPointer<ApplicationMenu> menu;

@@ -5,6 +5,9 @@
 #include "viewports.h"
 
 #include <QWindow>
+#include <qpa/qplatformwindow.h>
+
+#include <utility>
 
 namespace toolkit {
 
@@ -25,12 +28,12 @@ void ApplicationWindow::Private::installViewport()
 // Pages and their places stay; the next painting is the processor's.
 void ApplicationWindow::Private::leaveOpenGl(const QString &reason)
 {
-    const auto *gl = qobject_cast<GlViewport *>(q->viewport());
+    auto *gl = qobject_cast<GlViewport *>(q->viewport());
     if (gl == nullptr)
         return;
     qCWarning(lcToolkit, "painted by the processor from now on: %s", qUtf8Printable(reason));
     input.cancel();
-    const bool obeys = gl->isValid();
+    const bool obeys = gl->takeContext();
     q->setViewport(new QWidget);
     q->setViewportUpdateMode(SmartViewportUpdate);
     if (!obeys)
@@ -55,6 +58,35 @@ void ApplicationWindow::Private::makeNativeWindowAnew()
     q->windowHandle()->setVisible(q->isVisible());
     if (wasActive)
         q->activateWindow();
+}
+
+// On Wayland a window of Qt 6.4 keeps the scale with which it was shown when its screen gets another one, and
+// the compositor stretches what it paints.
+void ApplicationWindow::Private::followScale()
+{
+    const QWindow *handle = q->windowHandle();
+    if (handle == nullptr || q->screen() == nullptr)
+        return;
+    const qreal before = std::exchange(followedScale, q->screen()->devicePixelRatio());
+    if (before == 0 || qFuzzyCompare(before, followedScale))
+        return;
+    // Elsewhere the window follows as the screen's new scale is told.
+    QMetaObject::invokeMethod(q, [this, before] { takeScaleOfScreen(before); }, Qt::QueuedConnection);
+}
+
+// The surface is made anew, and with it the scale. What OpenGL paints may come before the compositor has
+// answered to the new surface, which ends the program: that stays stretched until the next start.
+void ApplicationWindow::Private::takeScaleOfScreen(qreal before)
+{
+    const QWindow *handle = q->windowHandle();
+    const bool openGl = qobject_cast<GlViewport *>(q->viewport()) != nullptr;
+    if (handle == nullptr || handle->handle() == nullptr || !handle->isVisible() || openGl)
+        return;
+    const qreal scale = handle->devicePixelRatio();
+    if (!qFuzzyCompare(scale, before) || qFuzzyCompare(scale, followedScale))
+        return;
+    handle->handle()->setVisible(false);
+    handle->handle()->setVisible(true);
 }
 
 void ApplicationWindow::setupViewport(QWidget *viewport)

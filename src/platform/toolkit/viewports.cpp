@@ -106,19 +106,25 @@ bool GlViewport::isAlive() const
     return !m_givenUp && isValid();
 }
 
-// A loss is found out when a context is made current. Whatever is current and lost stays so for the library,
-// even when it exists no longer.
 bool GlViewport::obeys()
 {
     if (m_givenUp)
         return false;
+    const bool current = takeContext();
+    if (!current)
+        giveUp(m_worked ? u"the OpenGL context is lost"_s : u"no OpenGL in this window"_s);
+    m_worked = m_worked || current;
+    return !m_givenUp;
+}
+
+// A loss is found out when a context is made current. Whatever is current and lost stays so for the library,
+// even when it exists no longer; on Wayland a lost context goes on calling itself valid.
+bool GlViewport::takeContext()
+{
     if (QOpenGLContext *current = QOpenGLContext::currentContext())
         current->doneCurrent();
     makeCurrent();
-    if (!isValid())
-        giveUp(m_worked ? u"the OpenGL context is lost"_s : u"no OpenGL in this window"_s);
-    m_worked = m_worked || isValid();
-    return !m_givenUp;
+    return isValid() && QOpenGLContext::currentContext() == context();
 }
 
 // The window's own context is lost first, now and then; the library asks for another one, and does not

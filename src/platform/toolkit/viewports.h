@@ -38,6 +38,8 @@ public:
     [[nodiscard]] bool isAlive() const;
     // True: the context obeys, and is current; else it is given up. Not while something is painted.
     [[nodiscard]] bool obeys();
+    // True: the context is current, also after it was given up. Not while something is painted.
+    [[nodiscard]] bool takeContext();
     // Told once, through the event loop: the caller may be painting. Until whoever hears it enables the
     // updates of the window again, nothing more is painted.
     void giveUp(const QString &reason);
