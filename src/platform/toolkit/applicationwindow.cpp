@@ -4,6 +4,7 @@
 #include "accessibility.h"
 #include "applicationpage.h"
 #include "theme.h"
+#include "windowframe.h"
 
 #include <optional>
 #include <utility>
@@ -177,6 +178,7 @@ ApplicationWindow::ApplicationWindow(QWidget *parent)
         if (!d->styleName.isEmpty())
             setStyleName(d->styleName);
     });
+    keepFrameInTheme(this);
     accessibility::follow(this);
     setFocus(); // the input method speaks to the widget with the focus
     d->profile = d->automaticProfile();

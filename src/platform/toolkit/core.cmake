@@ -45,6 +45,7 @@ set(TOOLKIT_CORE_SOURCES
   textfocus.cpp
   trcatalogs.cpp
   viewports.cpp
+  windowframe.cpp
   windowgeometry.cpp
   windowinput.cpp
   windowpresence.cpp

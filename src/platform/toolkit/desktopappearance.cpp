@@ -106,6 +106,7 @@ void DesktopAppearance::readEnvironment()
 
 void DesktopAppearance::follow()
 {
+    qRegisterMetaType<QDBusVariant>(); // else the slot is not found as long as nobody else has
     qDBusRegisterMetaType<Settings>();
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) {

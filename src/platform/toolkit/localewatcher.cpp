@@ -14,6 +14,7 @@ namespace toolkit {
 
 LocaleWatcher::LocaleWatcher(QObject *parent) : QObject(parent)
 {
+    qRegisterMetaType<QDBusVariant>(); // else the slot is not found as long as nobody else has
     QCoreApplication::instance()->installEventFilter(this);
     // Without a service name: matching by sender would ask the bus for the owner and wait.
     if (!QDBusConnection::systemBus().connect(
