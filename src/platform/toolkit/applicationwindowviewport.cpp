@@ -71,7 +71,8 @@ void ApplicationWindow::Private::followScale()
     if (before == 0 || qFuzzyCompare(before, followedScale))
         return;
     // Elsewhere the window follows as the screen's new scale is told.
-    QMetaObject::invokeMethod(q, [this, before] { takeScaleOfScreen(before); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        q, [this, before] { takeScaleOfScreen(before); }, Qt::QueuedConnection);
 }
 
 // The surface is made anew, and with it the scale. What OpenGL paints may come before the compositor has

@@ -31,8 +31,8 @@ bool takeColors()
 // It reads them once, when it is made.
 void makeAnew(QWindow *handle)
 {
-    const bool isFramed = !handle->flags().testFlag(Qt::FramelessWindowHint)
-        && handle->windowStates() == Qt::WindowNoState;
+    const bool isFramed
+        = !handle->flags().testFlag(Qt::FramelessWindowHint) && handle->windowStates() == Qt::WindowNoState;
     if (!isFramed)
         return;
     handle->setFlag(Qt::FramelessWindowHint, true);
