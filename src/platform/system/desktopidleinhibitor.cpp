@@ -21,20 +21,23 @@ void DesktopIdleInhibitor::setInhibited(bool inhibited, const QString &reason)
 {
     m_inhibited = inhibited;
     m_reason = reason;
+    m_compositor.setWanted(inhibited);
     m_portal.setWanted(inhibited, reason);
     spread();
 }
 
 bool DesktopIdleInhibitor::isEffective() const
 {
-    return m_portal.state() == IdleHold::State::Held || m_screenSaver.state() == IdleHold::State::Held;
+    return m_compositor.isHeld() || m_portal.state() == IdleHold::State::Held
+        || m_screenSaver.state() == IdleHold::State::Held;
 }
 
 // The screen saver helps out until the portal does.
 void DesktopIdleInhibitor::spread()
 {
     m_screenSaver.setWanted(m_inhibited && m_portal.isOfNoHelp(), m_reason);
-    const bool helpless = m_inhibited && m_portal.isOfNoHelp() && m_screenSaver.isOfNoHelp();
+    const bool helpless
+        = m_inhibited && m_portal.isOfNoHelp() && m_screenSaver.isOfNoHelp() && !m_compositor.isHeld();
     if (helpless && !m_helplessnessTold)
         qCInfo(systemLog, "neither a portal nor a screen saver service keeps the display on");
     m_helplessnessTold = (m_helplessnessTold || helpless) && !isEffective();
