@@ -110,7 +110,7 @@ void TestRelatedRanking::episodesOfMetadata()
 // A video of shortly before midnight and one of shortly after are of two days where the reader lives.
 void TestRelatedRanking::sameDayIsThatOfTheReader()
 {
-    const QDateTime midnight(QDate(2024, 6, 15), QTime(0, 0), Qt::LocalTime);
+    const QDateTime midnight(QDate(2024, 6, 15), QTime(0, 0));
     const auto at
         = [&](const QString &path, int seconds) { return video(path, midnight.addSecs(seconds).toUTC()); };
     const QList<RelatedVideo> candidates{at(u"b/before.mp4"_s, -60), at(u"c/evening.mp4"_s, 80'000),

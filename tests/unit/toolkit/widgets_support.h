@@ -23,8 +23,8 @@ public:
         view.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         view.resize(size);
         view.show();
-        QApplication::setActiveWindow(&view);
-        QVERIFY2(QTest::qWaitForWindowExposed(&view), "the view did not come up");
+        view.activateWindow();
+        QVERIFY2(QTest::qWaitForWindowActive(&view, TestPatience), "the view did not come up");
     }
 
     [[nodiscard]] QImage picture()
