@@ -47,6 +47,8 @@ ShownLines::ShownLines(const QString &text, const QFont &font, qreal width, int 
 {
     const QString shown = partedAtJoints(text.left(mostCharacters).simplified());
     m_direction = shown.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
+    if (shown.isEmpty())
+        return; // a layout makes a line of that, too
     const QFontMetricsF metrics(font);
     const qreal lineWidth = std::max(width, 1.0);
     QTextLayout layout(shown, font);

@@ -10,8 +10,8 @@ class QRectF;
 // A font of the same family; `factor` of its size.
 [[nodiscard]] QFont scaledFont(QFont font, qreal factor, QFont::Weight weight);
 
-// A text in lines of a width, parted between words. What does not fit into the last is elided, and so is a
-// word that is wider than a line.
+// A text in lines of a width, none for an empty one, parted between words. What does not fit into the last is
+// elided, and so is a word that is wider than a line.
 class ShownLines
 {
 public:

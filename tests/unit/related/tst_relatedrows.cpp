@@ -14,6 +14,9 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <algorithm>
+#include <cmath>
+
 using namespace Qt::Literals::StringLiterals;
 
 class TestRelatedRows : public QObject
@@ -42,6 +45,7 @@ private Q_SLOTS:
     void aTitleReadsInItsOwnDirection_data();
     void aTitleReadsInItsOwnDirection();
     void aPictureStaysWhereTheListIsSeen();
+    void aTitleStandsBesideTheMiddleOfItsPicture();
 
 private:
     [[nodiscard]] QStringList spoken() const;
@@ -382,6 +386,38 @@ void TestRelatedRows::aPictureStaysWhereTheListIsSeen()
     };
     QVERIFY(untouched(above));
     QVERIFY(!untouched(below));
+}
+
+// It stood half a line too high, as if something were said below it.
+void TestRelatedRows::aTitleStandsBesideTheMiddleOfItsPicture()
+{
+    QCOMPARE(ShownLines(QString(), QFont(), 200, 1).count(), 0);
+    QPalette palette;
+    palette.setColor(QPalette::WindowText, Qt::red);
+    m_column->setPalette(palette);
+    m_column->setRows(m_rows.all({State::Found, {entry(u"HHHH"_s, Kinship::SameDay)}}));
+    const TouchRow *video = m_column->rows().last();
+    const QRectF place = video->mapRectToScene(video->rect());
+    QImage canvas(place.size().toSize(), QImage::Format_RGB32);
+    canvas.fill(Qt::black);
+    QPainter painter(&canvas);
+    m_scene->render(&painter, canvas.rect(), place);
+    painter.end();
+    int first = canvas.height();
+    int last = -1;
+    for (int y = 0; y < canvas.height(); ++y) {
+        for (int x = 0; x < canvas.width(); ++x) {
+            const QColor color = canvas.pixelColor(x, y);
+            if (color.red() > 150 && color.green() < 80) {
+                first = std::min(first, y);
+                last = y;
+            }
+        }
+    }
+    QVERIFY(last > first);
+    // Capitals stand a little above the middle of their line.
+    const qreal middle = (first + last) / 2.0;
+    QVERIFY2(std::abs(middle - place.height() / 2) <= 4, qPrintable(QString::number(middle)));
 }
 
 QTEST_MAIN(TestRelatedRows)
