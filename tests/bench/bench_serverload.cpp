@@ -18,6 +18,8 @@
 #include <platform/sparql/sparqlconnection.h>
 #include <platform/sparql/sparqlresult.h>
 
+#include "turns.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -119,38 +121,13 @@ private:
     std::unique_ptr<AllVideosModel> m_model;
 };
 
-// Notes the longest delivery of an event: until it is over, no other is looked at.
-class Turns : public QGuiApplication
-{
-public:
-    using QGuiApplication::QGuiApplication;
-
-    bool notify(QObject *receiver, QEvent *event) override
-    {
-        if (m_depth > 0)
-            return QGuiApplication::notify(receiver, event);
-        ++m_depth;
-        QElapsedTimer timer;
-        timer.start();
-        const bool taken = QGuiApplication::notify(receiver, event);
-        m_longest = std::max(m_longest, double(timer.nsecsElapsed()) / 1e6);
-        --m_depth;
-        return taken;
-    }
-    [[nodiscard]] double longest() const { return m_longest; }
-
-private:
-    int m_depth = 0;
-    double m_longest = 0;
-};
-
-void turn(const Turns &turns, const QString &driver)
+void turn(Turns<QGuiApplication> &turns, const QString &driver)
 {
     FilteredModel proxy;
     const Library library(driver, &proxy);
     while (!proxy.isSettled())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    report(proxy.rowCount(), turns.longest());
+    report(proxy.rowCount(), turns.takeLongest());
 }
 
 void title(const QString &driver)
@@ -182,7 +159,7 @@ void title(const QString &driver)
 int main(int argc, char **argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    const Turns application(argc, argv);
+    Turns<QGuiApplication> application(argc, argv);
     QLoggingCategory::setFilterRules(u"kestrel.*.info=false"_s);
     registerServerDrivers();
     const QStringList arguments = application.arguments();

@@ -9,6 +9,7 @@
 #include "library/myallvideoswidget.h"
 #include "platform/sparql/changenotifier.h"
 #include "platform/sparql/rowtable.h"
+#include "turns.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -26,31 +27,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-// Notes the longest delivery of an event: until it is over, no other is looked at.
-class Window : public QApplication
-{
-public:
-    using QApplication::QApplication;
-
-    bool notify(QObject *receiver, QEvent *event) override
-    {
-        if (m_depth > 0)
-            return QApplication::notify(receiver, event);
-        ++m_depth;
-        QElapsedTimer timer;
-        timer.start();
-        const bool taken = QApplication::notify(receiver, event);
-        note(double(timer.nsecsElapsed()) / 1e6);
-        --m_depth;
-        return taken;
-    }
-    void note(double milliseconds) { m_longest = std::max(m_longest, milliseconds); }
-    double takeLongest() { return std::exchange(m_longest, 0); }
-
-private:
-    int m_depth = 0;
-    double m_longest = 0;
-};
+using Window = Turns<QApplication>;
 
 qint64 memory(const char *line)
 {

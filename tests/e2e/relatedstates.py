@@ -4,11 +4,11 @@ import contextlib
 import http.server
 import io
 import json
-import os
-import pathlib
 import threading
 
 from PIL import Image, ImageDraw
+
+from settingsfile import settings
 
 SKIES = (("#7fa6d8", "#2d426b"), ("#f3c9a2", "#6d4660"), ("#d2efd6", "#21555a"))
 TITLES = {False: ("A harbour in the morning", "Sailing round the island in three days, told by those who were there and those who stayed at home",
@@ -57,16 +57,11 @@ def provider(rtl=False):
     server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Answers)
     server.rtl = rtl
     threading.Thread(target=server.serve_forever, daemon=True).start()
-    settings = pathlib.Path(os.environ["HOME"]) / ".config/glib-2.0/settings/keyfile"
-    settings.parent.mkdir(parents=True, exist_ok=True)
-    settings.write_text(f"[com/harrow/kestrel]\nrelated-videos-provider='http://127.0.0.1:{server.server_address[1]}/related'\n")
-    before = os.environ["GSETTINGS_BACKEND"]
-    os.environ["GSETTINGS_BACKEND"] = "keyfile"
+    address = f"http://127.0.0.1:{server.server_address[1]}/related"
     try:
-        yield
+        with settings("com/harrow/kestrel", related_videos_provider=address):
+            yield
     finally:
-        os.environ["GSETTINGS_BACKEND"] = before
-        settings.unlink()
         server.shutdown()
         server.server_close()
 

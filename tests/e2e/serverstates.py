@@ -11,6 +11,7 @@ import threading
 import urllib.parse
 
 from e2e import touring
+from settingsfile import settings
 
 TITLES = {False: ("Alpine lake in June", "Bringing in the hay", "Harbour pilots of the north: three winters on the ice between the outer islands",
                   "Lanterns on the river", "The last paddle steamer", "Market day", "Old mill, new wheel", "Shearing", "Threshing with horses"),
@@ -103,16 +104,11 @@ class Library:
     @contextlib.contextmanager
     def is_set(self):
         threading.Thread(target=self.server.serve_forever, daemon=True).start()
-        settings = pathlib.Path(os.environ["HOME"]) / ".config/glib-2.0/settings/keyfile"
-        settings.parent.mkdir(parents=True, exist_ok=True)
-        settings.write_text(f"[com/harrow/kestrel/server]\nquery-address='http://127.0.0.1:{self.server.server_address[1]}/sparql'\npoll-interval=1\n")
-        before = os.environ["GSETTINGS_BACKEND"]
-        os.environ["GSETTINGS_BACKEND"] = "keyfile"
+        address = f"http://127.0.0.1:{self.server.server_address[1]}/sparql"
         try:
-            yield
+            with settings("com/harrow/kestrel/server", query_address=address, poll_interval=1):
+                yield
         finally:
-            os.environ["GSETTINGS_BACKEND"] = before
-            settings.unlink()
             self.answering.set()
             self.server.shutdown()
             self.server.server_close()
