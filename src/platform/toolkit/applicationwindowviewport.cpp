@@ -5,7 +5,6 @@
 #include "viewports.h"
 
 #include <QWindow>
-#include <qpa/qplatformwindow.h>
 
 #include <utility>
 
@@ -42,7 +41,8 @@ void ApplicationWindow::Private::leaveOpenGl(const QString &reason)
     Q_EMIT q->viewportReplaced();
 }
 
-// The native window is put together by a context of its own, which is lost with the other one.
+// The native window is put together by a context of its own, which is lost with the other one; and its scale is
+// that of its making.
 void ApplicationWindow::Private::makeNativeWindowAnew()
 {
     if (q->windowHandle() == nullptr)
@@ -60,34 +60,29 @@ void ApplicationWindow::Private::makeNativeWindowAnew()
         q->activateWindow();
 }
 
-// On Wayland a window of Qt 6.4 keeps the scale with which it was shown when its screen gets another one, and
+// On Wayland a window of Qt 6.4 keeps the scale with which it was made when its screen gets another one, and
 // the compositor stretches what it paints.
 void ApplicationWindow::Private::followScale()
 {
-    const QWindow *handle = q->windowHandle();
-    if (handle == nullptr || q->screen() == nullptr)
+    if (q->windowHandle() == nullptr || q->screen() == nullptr)
         return;
     const qreal before = std::exchange(followedScale, q->screen()->devicePixelRatio());
     if (before == 0 || qFuzzyCompare(before, followedScale))
         return;
     // Elsewhere the window follows as the screen's new scale is told.
-    QMetaObject::invokeMethod(
-        q, [this, before] { takeScaleOfScreen(before); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(q, [this, before] { takeScaleOfScreen(before); }, Qt::QueuedConnection);
 }
 
-// The surface is made anew, and with it the scale. What OpenGL paints may come before the compositor has
-// answered to the new surface, which ends the program: that stays stretched until the next start.
+// What OpenGL paints may come before the compositor has answered to a new window, which ends the program: that
+// stays stretched until the next start.
 void ApplicationWindow::Private::takeScaleOfScreen(qreal before)
 {
-    const QWindow *handle = q->windowHandle();
     const bool openGl = qobject_cast<GlViewport *>(q->viewport()) != nullptr;
-    if (handle == nullptr || handle->handle() == nullptr || !handle->isVisible() || openGl)
+    if (q->windowHandle() == nullptr || !q->isVisible() || openGl)
         return;
-    const qreal scale = handle->devicePixelRatio();
-    if (!qFuzzyCompare(scale, before) || qFuzzyCompare(scale, followedScale))
-        return;
-    handle->handle()->setVisible(false);
-    handle->handle()->setVisible(true);
+    const qreal scale = q->windowHandle()->devicePixelRatio();
+    if (qFuzzyCompare(scale, before) && !qFuzzyCompare(scale, followedScale))
+        makeNativeWindowAnew();
 }
 
 void ApplicationWindow::setupViewport(QWidget *viewport)
