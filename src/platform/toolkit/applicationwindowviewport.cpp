@@ -41,8 +41,8 @@ void ApplicationWindow::Private::leaveOpenGl(const QString &reason)
     Q_EMIT q->viewportReplaced();
 }
 
-// The native window is put together by a context of its own, which is lost with the other one; and its scale is
-// that of its making.
+// The native window is put together by a context of its own, which is lost with the other one; and its scale
+// is that of its making.
 void ApplicationWindow::Private::makeNativeWindowAnew()
 {
     if (q->windowHandle() == nullptr)
@@ -70,11 +70,12 @@ void ApplicationWindow::Private::followScale()
     if (before == 0 || qFuzzyCompare(before, followedScale))
         return;
     // Elsewhere the window follows as the screen's new scale is told.
-    QMetaObject::invokeMethod(q, [this, before] { takeScaleOfScreen(before); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        q, [this, before] { takeScaleOfScreen(before); }, Qt::QueuedConnection);
 }
 
-// What OpenGL paints may come before the compositor has answered to a new window, which ends the program: that
-// stays stretched until the next start.
+// What OpenGL paints may come before the compositor has answered to a new window, which ends the program:
+// that stays stretched until the next start.
 void ApplicationWindow::Private::takeScaleOfScreen(qreal before)
 {
     const bool openGl = qobject_cast<GlViewport *>(q->viewport()) != nullptr;
