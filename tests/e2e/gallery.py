@@ -373,6 +373,7 @@ class Gallery(detailsstates.DetailsStates, relatedstates.RelatedStates, playerst
                 before = self.changed(listed, "the filter")
                 self.screen.tap(*self.cell(0, touring.HEADER + 80))
                 self.wait("the player", lambda image: touring.difference(image, before) > 12)
+                self.screen.key(*["Left"] * 6)  # from its beginning: the states before may have left it near its end
                 opened = self.open_player_menu()
                 if state == "player-menu":
                     self.keep(state, opened)
