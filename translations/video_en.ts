@@ -189,12 +189,12 @@
         <translation>File</translation>
     </message>
     <message id="qtn_vide_facts_resolution">
-        <source>Resolution: %1 × %2</source>
+        <source>Resolution: %1 × %2</source>
         <extracomment>File of a video; %1 width and %2 height of its picture in pixels</extracomment>
         <translation>Resolution: %1 × %2</translation>
     </message>
     <message id="qtn_vide_facts_framerate">
-        <source>Frame rate: %1 fps</source>
+        <source>Frame rate: %1 fps</source>
         <extracomment>File of a video; %1 pictures a second, such as 29.97</extracomment>
         <translation>Frame rate: %1 fps</translation>
     </message>
@@ -209,12 +209,12 @@
         <translation>Bit rate: %1</translation>
     </message>
     <message id="qtn_vide_facts_kilobits">
-        <source>%1 kbit/s</source>
+        <source>%1 kbit/s</source>
         <extracomment>A bit rate; %1 is a whole number</extracomment>
         <translation>%1 kbit/s</translation>
     </message>
     <message id="qtn_vide_facts_megabits">
-        <source>%1 Mbit/s</source>
+        <source>%1 Mbit/s</source>
         <extracomment>A bit rate; %1 is a number with one decimal</extracomment>
         <translation>%1 Mbit/s</translation>
     </message>
