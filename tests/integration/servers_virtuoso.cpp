@@ -42,8 +42,7 @@ Answer write(SparqlConnection &connection, const QString &urn, const QString &pr
 
 QString library()
 {
-    return filled(filled(storetexts::library, u"%1"_s, u"<urn:equipment:own:M:>"_s), u"_FILTER_"_s,
-                  QString());
+    return filled(filled(storetexts::library, u"%1"_s, u"<urn:equipment:own:M:>"_s), u"_FILTER_"_s, {});
 }
 
 QString valueText(const QString &urn, const QString &name)
