@@ -7,6 +7,18 @@ namespace {
 
 constexpr guint64 ShortestInterleave = 1500 * GST_MSECOND;
 
+// From 1.26 on decodebin3 looks for a decoder before a parser inside of it has said what the stream is (FLV:
+// none is found), and may abort over streams that it has not been told of yet (Matroska).
+bool mayParse()
+{
+    guint major = 0;
+    guint minor = 0;
+    guint micro = 0;
+    guint nano = 0;
+    gst_version(&major, &minor, &micro, &nano);
+    return major == 1 && minor < 26;
+}
+
 // Taken apart by the source, each stream ends on a thread of its own. decodebin3 1.22 sends the last of these
 // ends to all streams from there; a seek that meets them waits for that thread, which waits for the seek. It
 // also learns of the streams one after the other, and a late word of the first ones takes the sound away
@@ -47,7 +59,8 @@ void setUpQueue(const GValue *value, gpointer self)
 
 void parseInDecoder(GstElement *playbin)
 {
-    g_signal_connect(playbin, "deep-element-added", G_CALLBACK(setUp), nullptr);
+    if (mayParse())
+        g_signal_connect(playbin, "deep-element-added", G_CALLBACK(setUp), nullptr);
     GstIterator *queues = gst_bin_iterate_all_by_element_factory_name(GST_BIN(playbin), "multiqueue");
     gst_iterator_foreach(queues, setUpQueue, nullptr);
     gst_iterator_free(queues);
