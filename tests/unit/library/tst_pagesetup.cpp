@@ -43,27 +43,28 @@ QStringList methods(const QMetaObject &meta, QMetaMethod::MethodType kind)
 } // namespace
 
 // What is asked for without throwing can be refused here; everything else is as ever.
-void *operator new(std::size_t size, const std::nothrow_t &) noexcept
+// Not inlined: gcc 14 takes a half of the pair that is for another allocator's.
+[[gnu::noinline]] void *operator new(std::size_t size, const std::nothrow_t &) noexcept
 {
     return memoryIsOut ? nullptr : std::malloc(size);
 }
 
-void operator delete(void *memory) noexcept
+[[gnu::noinline]] void operator delete(void *memory) noexcept
 {
     std::free(memory);
 }
 
-void operator delete(void *memory, std::size_t) noexcept
+[[gnu::noinline]] void operator delete(void *memory, std::size_t) noexcept
 {
     std::free(memory);
 }
 
-void operator delete(void *memory, const std::nothrow_t &) noexcept
+[[gnu::noinline]] void operator delete(void *memory, const std::nothrow_t &) noexcept
 {
     std::free(memory);
 }
 
-void *operator new(std::size_t size)
+[[gnu::noinline]] void *operator new(std::size_t size)
 {
     if (void *memory = std::malloc(size))
         return memory;
