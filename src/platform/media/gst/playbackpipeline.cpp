@@ -5,6 +5,7 @@
 #include "decoderinputs.h"
 #include "earlyends.h"
 #include "emptystreams.h"
+#include "endedstreams.h"
 #include "latecollections.h"
 #include "networksource.h"
 #include "passedpictures.h"
@@ -54,6 +55,7 @@ bool PlaybackPipeline::build(const QString &uri, GstElement *videoSink, RateChan
     dropLateCollections(m_playbin);
     bridgeEmptyStreams(m_playbin);
     holdEarlyEnds(m_playbin);
+    boundGaps(m_playbin);
     leavePassedPicturesOut(m_playbin);
     watchDecoderInputs(m_playbin);
     m_typeReports = std::make_shared<TypeReports>();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "playbackseeks.h"
 
+#include "endedstreams.h"
+
 #include <platform/media/medialog.h>
 
 #include <array>
@@ -105,8 +107,7 @@ void PlaybackSeeks::goFurtherBack()
 {
     if (!m_underWay)
         return;
-    const bool fromTheBeginning = m_underWay->exact && Margins.at(m_margin) >= bounded(m_underWay->position);
-    if (fromTheBeginning && !m_next)
+    if (isFromTheBeginning() && !m_next)
         return;
     m_gaveUp = true; // its end may still be told
     if (const auto next = takeKept()) {
@@ -119,12 +120,20 @@ void PlaybackSeeks::goFurtherBack()
     sendAgain();
 }
 
+bool PlaybackSeeks::isFromTheBeginning() const
+{
+    return m_underWay->exact && Margins.at(m_margin) >= bounded(m_underWay->position);
+}
+
 // What may come yet has come when it is looked at again.
 void PlaybackSeeks::lookAfter()
 {
     const bool dammed = m_landing.isDammed(m_pipeline);
-    if (std::exchange(m_dammed, dammed) && dammed)
+    const bool still = std::exchange(m_dammed, dammed) && dammed;
+    if (still && (m_next || !isFromTheBeginning()))
         goFurtherBack();
+    else if (!m_bridged && (still || !dammed))
+        m_bridged = bridgeDam(m_pipeline, dammed ? GST_STREAM_TYPE_VIDEO : GST_STREAM_TYPE_AUDIO);
 }
 
 // Where there is no key frame, the very frame, which is looked for from further back.
@@ -214,7 +223,7 @@ void PlaybackSeeks::send(const Place &place)
     const MediaTime position = bounded(place.position);
     const MediaTime margin = place.exact ? std::min(Margins.at(m_margin), position) : MediaTime::zero();
     m_landing.expect(margin);
-    m_dammed = false;
+    m_dammed = m_bridged = false;
     m_look.start();
     int flags = GST_SEEK_FLAG_FLUSH
         | (place.exact ? GST_SEEK_FLAG_ACCURATE : GST_SEEK_FLAG_KEY_UNIT | GST_SEEK_FLAG_SNAP_NEAREST);

@@ -69,6 +69,7 @@ private:
     [[nodiscard]] bool missed();
     [[nodiscard]] bool missedKeyFrame() const;
     [[nodiscard]] bool missedAll();
+    [[nodiscard]] bool isFromTheBeginning() const;
     [[nodiscard]] static bool isClose(const SeekLanding::Picture &picture, MediaTime place);
     [[nodiscard]] MediaTime bounded(MediaTime position) const;
     [[nodiscard]] bool isPrerolling() const;
@@ -84,6 +85,7 @@ private:
     std::size_t m_provenMargin = 0; // one that did better than those before it
     QTimer m_look; // while one is under way
     bool m_dammed = false; // when it was looked at last
+    bool m_bridged = false; // the one under way
     QTimer m_rest; // since a key frame was reached
     bool m_scrubbing = false;
     bool m_gaveUp = false; // a seek before the one under way, which may still be answered

@@ -117,6 +117,7 @@ private:
     PlaybackFaults m_faults;
     KeptErrors m_keptErrors;
     QTimer m_positionTimer;
+    QTimer m_pauseLook; // while a pause is under way
     QTimer m_watchdog; // of a file
     StreamWatch m_streamWatch; // of anything else
     MediaTime m_duration{0};

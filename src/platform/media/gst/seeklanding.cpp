@@ -2,8 +2,10 @@
 #include "seeklanding.h"
 
 #include "elementhooks.h"
+#include "endedstreams.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include <gst/video/gstvideodecoder.h>
 
@@ -69,6 +71,16 @@ bool isTimed(GstEvent *event)
     return segment->format == GST_FORMAT_TIME;
 }
 
+// One that goes on with another stream where the one before ended.
+bool isAdaptive(GstElement *element)
+{
+    GstElementFactory *factory = gst_element_get_factory(element);
+    const gchar *kind = factory == nullptr
+        ? nullptr
+        : gst_element_factory_get_metadata(factory, GST_ELEMENT_METADATA_KLASS);
+    return kind != nullptr && std::strstr(kind, "Adaptive") != nullptr;
+}
+
 bool isDecodeError(GstMessage *message)
 {
     if (GST_MESSAGE_TYPE(message) != GST_MESSAGE_ERROR)
@@ -93,12 +105,30 @@ struct DecoderRelay
     }
 };
 
-bool isPictures(GstPad *pad)
+GstStreamType typeOf(GstPad *pad)
 {
     GstStream *stream = gst_pad_get_stream(pad);
-    const bool is = stream != nullptr && (gst_stream_get_stream_type(stream) & GST_STREAM_TYPE_VIDEO) != 0;
+    const GstStreamType type
+        = stream == nullptr ? GST_STREAM_TYPE_UNKNOWN : gst_stream_get_stream_type(stream);
     gst_clear_object(&stream);
-    return is;
+    return type;
+}
+
+bool isPictures(GstPad *pad)
+{
+    return (typeOf(pad) & GST_STREAM_TYPE_VIDEO) != 0;
+}
+
+// A gap makes a decoder of pictures give out what it has.
+void drain(GstPad *pad, GstPad *decoder)
+{
+    GstEvent *begin = gst_pad_get_sticky_event(pad, GST_EVENT_SEGMENT, 0);
+    if (begin != nullptr && isTimed(begin)) {
+        const GstSegment *segment = nullptr;
+        gst_event_parse_segment(begin, &segment);
+        gst_pad_send_event(decoder, gst_event_new_gap(segment->start, GST_CLOCK_TIME_NONE));
+    }
+    gst_clear_event(&begin);
 }
 
 } // namespace
@@ -117,6 +147,7 @@ void SeekLanding::watchPicture(GstElement *sink)
 void SeekLanding::watch(GstElement *pipeline)
 {
     expect(MediaTime::zero());
+    m_joins = false;
     g_signal_connect(pipeline, "deep-element-added", G_CALLBACK(added), this);
     // Those of its only decodebin3, which it makes with itself.
     eachQueue(pipeline, [this](GstElement *queues) {
@@ -175,6 +206,8 @@ void SeekLanding::added(GstBin *pipeline, GstBin *bin, GstElement *element, gpoi
         watchDecoder(element, landing);
         return;
     }
+    if (isAdaptive(element))
+        landing->m_joins = true;
     const std::lock_guard locker(landing->m_mutex);
     if (isMadeBy(element, "mpegpsdemux"))
         landing->m_vague = true;
@@ -204,13 +237,16 @@ GstPadProbeReturn SeekLanding::streamProbed(GstPad *pad, GstPadProbeInfo *info, 
     return GST_PAD_PROBE_OK;
 }
 
+bool SeekLanding::isWaiting() const
+{
+    const std::lock_guard locker(m_mutex);
+    return m_waiting;
+}
+
 bool SeekLanding::isDammed(GstElement *pipeline) const
 {
-    {
-        const std::lock_guard locker(m_mutex);
-        if (!m_waiting)
-            return false;
-    }
+    if (!isWaiting())
+        return false;
     bool dammed = false;
     eachQueue(pipeline, [&dammed](GstElement *queues) {
         guint64 limit = 0;
@@ -272,28 +308,22 @@ void SeekLanding::queueAdded(GstElement *queues, GstPad *pad, gpointer self)
         gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, endProbed, self, nullptr);
 }
 
-// decodebin3 keeps the end of a stream until all have ended. The sound does not, as long as it waits for the
-// first picture: which the decoder may still hold, or has not found. A gap makes it give out what it has, and
-// stands for a picture where there is none.
+// decodebin3 keeps the end of a stream until all have ended. A sink that waits for something to stand on,
+// after a pause or a seek, would wait until then, and the others with it. A decoder that has decoded nothing
+// calls its end an error, which is of no matter as long as the rest plays.
 GstPadProbeReturn SeekLanding::endProbed(GstPad *pad, GstPadProbeInfo *info, gpointer self)
 {
     auto *landing = static_cast<SeekLanding *>(self);
-    GstEvent *event = GST_PAD_PROBE_INFO_EVENT(info);
-    if (GST_EVENT_TYPE(event) != GST_EVENT_EOS || !isPictures(pad))
+    if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) != GST_EVENT_EOS)
         return GST_PAD_PROBE_OK;
-    {
-        const std::lock_guard locker(landing->m_mutex);
-        if (!landing->m_waiting)
-            return GST_PAD_PROBE_OK;
-    }
+    const GstStreamType type = typeOf(pad);
     GstPad *decoder = gst_pad_get_peer(pad);
-    GstEvent *begin = gst_pad_get_sticky_event(pad, GST_EVENT_SEGMENT, 0);
-    if (decoder != nullptr && begin != nullptr && isTimed(begin)) {
-        const GstSegment *segment = nullptr;
-        gst_event_parse_segment(begin, &segment);
-        gst_pad_send_event(decoder, gst_event_new_gap(segment->start, GST_CLOCK_TIME_NONE));
-    }
-    gst_clear_event(&begin);
+    const bool pictures = (type & GST_STREAM_TYPE_VIDEO) != 0;
+    const bool last = !landing->m_joins;
+    if (decoder != nullptr && pictures && (last || landing->isWaiting()))
+        drain(pad, decoder);
+    if (decoder != nullptr && last && (pictures || (type & GST_STREAM_TYPE_AUDIO) != 0))
+        sendPastDecoder(decoder, gst_event_new_eos());
     gst_clear_object(&decoder);
     return GST_PAD_PROBE_OK;
 }

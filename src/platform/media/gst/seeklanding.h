@@ -3,6 +3,7 @@
 
 #include <platform/media/videoframe.h>
 
+#include <atomic>
 #include <mutex>
 #include <optional>
 
@@ -11,8 +12,8 @@
 // Makes seeks exact where a demuxer without an index is not: it may begin at a picture after the place, or at
 // one that cannot be decoded without those before. Such a seek is sent to an earlier place, and what lies
 // between is decoded and left out, because the streams are told that they begin at the place itself. Pictures
-// that a decoder calls incomplete are not shown after a seek. Where the pictures end before one came, a gap
-// stands for it, lest the sound waits for ever. Lives longer than the pipeline it watches.
+// that a decoder calls incomplete are not shown after a seek. Where pictures or sound end, their sink is told
+// so at once, lest the other waits for ever. Lives longer than the pipeline it watches.
 class SeekLanding
 {
 public:
@@ -61,6 +62,7 @@ private:
     static GstPadProbeReturn endProbed(GstPad *pad, GstPadProbeInfo *info, gpointer self);
     static GstPadProbeReturn pictureProbed(GstPad *pad, GstPadProbeInfo *info, gpointer self);
     [[nodiscard]] GstPadProbeReturn take(GstBuffer *buffer);
+    [[nodiscard]] bool isWaiting() const;
 
     mutable std::mutex m_mutex;
     GstSegment m_segment = {}; // of the pictures
@@ -71,4 +73,5 @@ private:
     bool m_vague = false;
     bool m_needsNext = false;
     bool m_waiting = false; // for the first picture
+    std::atomic_bool m_joins = false; // one stream is followed by another
 };
