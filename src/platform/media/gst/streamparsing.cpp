@@ -7,8 +7,8 @@ namespace {
 
 constexpr guint64 ShortestInterleave = 1500 * GST_MSECOND;
 
-// From 1.26 on decodebin3 looks for a decoder before a parser inside of it has said what the stream is (FLV:
-// none is found), and may abort over streams that it has not been told of yet (Matroska).
+// From 1.26 on decodebin3 looks for a decoder before a parser inside of it has said what the stream is, and
+// finds none (FLV).
 bool mayParse()
 {
     guint major = 0;
