@@ -95,6 +95,7 @@ void PlaybackSeeks::arrive()
     m_missedAt.reset();
     m_reached = std::exchange(m_underWay, {});
     if (const auto next = takeKept()) {
+        m_margin = m_provenMargin; // whether this place needed more was not asked
         send(*next);
         return;
     }
@@ -179,7 +180,7 @@ bool PlaybackSeeks::missed()
     if (!picture)
         return missedAll();
     if (isClose(*picture, bounded(m_underWay->position))) {
-        m_provenMargin = m_margin;
+        proveMargin();
         return false;
     }
     const bool again = m_missedAt == picture->time && !picture->incomplete;
@@ -190,6 +191,16 @@ bool PlaybackSeeks::missed()
     m_missedAt = picture->time;
     ++m_margin;
     return true;
+}
+
+// One place may be missed by chance, such as the last pictures before a key frame that is stored before them.
+// Where the place after it is, too, the next ones are looked for from further back at once.
+void PlaybackSeeks::proveMargin()
+{
+    m_needsMore = m_margin > m_provenMargin && !m_needsMore;
+    if (m_needsMore)
+        m_margin = m_provenMargin;
+    m_provenMargin = m_margin;
 }
 
 bool PlaybackSeeks::isClose(const SeekLanding::Picture &picture, MediaTime place)

@@ -67,6 +67,7 @@ private:
     void sendAgain();
     void lookAfter();
     [[nodiscard]] bool missed();
+    void proveMargin();
     [[nodiscard]] bool missedKeyFrame() const;
     [[nodiscard]] bool missedAll();
     [[nodiscard]] bool isFromTheBeginning() const;
@@ -83,6 +84,7 @@ private:
     std::optional<MediaTime> m_missedAt; // where the try before this one landed
     std::size_t m_margin = 0; // how far before the place exact seeks of this video go, as a number of Margins
     std::size_t m_provenMargin = 0; // one that did better than those before it
+    bool m_needsMore = false; // the seek before needed more than the proven one
     QTimer m_look; // while one is under way
     bool m_dammed = false; // when it was looked at last
     bool m_bridged = false; // the one under way
