@@ -64,6 +64,7 @@ void TrackerNotifier::startAnew()
     m_deletesTimer->stop();
     m_pendingAdded = {};
     m_pendingDeleted = {};
+    m_early.clear();
     askForIds();
     Q_EMIT storeReset();
 }
@@ -106,6 +107,9 @@ void TrackerNotifier::initIdVariables()
         result->deleteLater();
     if (m_ontologyConnection)
         std::exchange(m_ontologyConnection, nullptr)->deleteLater();
+    const QList<Early> early = std::exchange(m_early, {});
+    for (const Early &quads : early)
+        videoChanged(quads.deletes, quads.inserts);
 }
 
 void TrackerNotifier::collect(const QList<ChangeNotifier::Quad> &quads, IdList &classified)
@@ -121,6 +125,11 @@ void TrackerNotifier::collect(const QList<ChangeNotifier::Quad> &quads, IdList &
 
 void TrackerNotifier::videoChanged(QList<ChangeNotifier::Quad> deletes, QList<ChangeNotifier::Quad> inserts)
 {
+    // A place that a killed program had left is saved as soon as the list is there.
+    if (m_ontologyResult) {
+        m_early.append({deletes, inserts});
+        return;
+    }
     collect(deletes, m_pendingDeleted);
     collect(inserts, m_pendingAdded);
     if (!m_pendingChanged.isEmpty())

@@ -55,6 +55,13 @@ private:
     void askForIds();
     void collect(const QList<ChangeNotifier::Quad> &quads, IdList &classified);
 
+    // Quads that came before the answer that says what they are of.
+    struct Early
+    {
+        QList<ChangeNotifier::Quad> deletes;
+        QList<ChangeNotifier::Quad> inserts;
+    };
+
     SparqlConnection *m_ontologyConnection = nullptr;
     SparqlResult *m_ontologyResult = nullptr;
     ChangeNotifier *m_changeNotifier = nullptr;
@@ -65,6 +72,7 @@ private:
     int m_equipmentId = 0; // asked for, not read: an equipment never changes
     QTimer *m_insertsTimer;
     QTimer *m_deletesTimer;
+    QList<Early> m_early;
     IdList m_pendingAdded;
     IdList m_pendingDeleted;
     IdList m_pendingChanged;

@@ -81,6 +81,7 @@ private Q_SLOTS:
     void aSubjectInSeveralQuadsIsReportedOnce();
     void aVideoAddedAndChangedIsReportedBothWays();
     void aHundredThousandAdditionsAreTakenQuickly();
+    void whatChangesBeforeTheIdsAreKnownIsReportedThen();
     void noResultIsWarnedOf();
     void aFailedOntologyQueryIsWarnedOf();
     void anEmptyOntologyAnswerIsWarnedOf();
@@ -289,6 +290,16 @@ void TestTrackerNotifier::aHundredThousandAdditionsAreTakenQuickly()
     QVERIFY2(clock.elapsed() < 2000, "the time grows with the number, not with its square");
     QVERIFY(runOut(TrackerNotifierProbe::inserts(*m_notifier)));
     QCOMPARE(reports(added).first().size(), 100000);
+}
+
+void TestTrackerNotifier::whatChangesBeforeTheIdsAreKnownIsReportedThen()
+{
+    m_notifier = std::make_unique<TrackerNotifier>(nullptr);
+    QSignalSpy changed(m_notifier.get(), qOverload<QList<int>>(&TrackerNotifier::videosChanged));
+    m_notifier->videoChanged({valueOf(7, titleId)}, {valueOf(7, titleId)});
+    m_notifier->videoChanged({}, {valueOf(8, runTimeId)});
+    QVERIFY(changed.isEmpty());
+    QTRY_COMPARE(reports(changed), (Reports{{7}, {8}}));
 }
 
 void TestTrackerNotifier::noResultIsWarnedOf()
