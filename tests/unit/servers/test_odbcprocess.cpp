@@ -7,10 +7,13 @@
 #include <QFile>
 #include <QTest>
 
+#include <algorithm>
+#include <array>
 #include <memory>
 #include <string_view>
 
 #include <fcntl.h>
+#include <string.h>
 #include <unistd.h>
 
 using namespace Qt::Literals::StringLiterals;
@@ -18,6 +21,7 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr int s_waitMs = 30000;
+constexpr qint64 s_mostMemory = qint64(1) << 40;
 constexpr char s_mask = 0x15;
 // The password, each letter changed: it stands nowhere in this program as it is.
 constexpr std::string_view s_masked = "vzgpg~%%7vf~{%yp;t&qwxg";
@@ -46,6 +50,24 @@ bool standsIn(QByteArrayView memory, qsizetype step)
     return false;
 }
 
+// A piece of memory at a time. What was looked at does not stay: it would be found the next time.
+bool standsBetween(int memory, qint64 begin, qint64 end)
+{
+    static std::array<char, 1 << 20> piece;
+    constexpr auto overlap = qint64(s_masked.size()) * 2; // of two pieces, one may begin in the other
+    bool isThere = false;
+    ssize_t got = 0;
+    for (qint64 at = begin; at < end && !isThere; at += got - overlap) {
+        got = ::pread(memory, piece.data(), size_t(std::min(end - at, qint64(piece.size()))), at);
+        if (got <= overlap)
+            break;
+        const QByteArrayView read(piece.data(), got);
+        isThere = standsIn(read, 1) || standsIn(read, 2);
+        explicit_bzero(piece.data(), piece.size());
+    }
+    return isThere;
+}
+
 // In what this process can write, as UTF-8 or UTF-16.
 bool isInMemory()
 {
@@ -59,10 +81,10 @@ bool isInMemory()
         if (!line.contains(" rw-p ") || range.size() != 2)
             continue;
         const qint64 begin = range[0].toLongLong(nullptr, 16);
-        QByteArray bytes(range[1].toLongLong(nullptr, 16) - begin, Qt::Uninitialized);
-        const ssize_t got = ::pread(memory, bytes.data(), size_t(bytes.size()), begin);
-        const QByteArrayView read = QByteArrayView(bytes).first(qMax<ssize_t>(got, 0));
-        isThere = isThere || standsIn(read, 1) || standsIn(read, 2);
+        const qint64 end = range[1].toLongLong(nullptr, 16);
+        // The address sanitizer's record of which bytes may be used is larger than any machine's memory.
+        if (end - begin < s_mostMemory)
+            isThere = isThere || standsBetween(memory, begin, end);
     }
     ::close(memory);
     return isThere;
@@ -75,17 +97,9 @@ class TestOdbcProcess : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
     void keepsNoPassword_data();
     void keepsNoPassword();
 };
-
-void TestOdbcProcess::initTestCase()
-{
-#ifdef __SANITIZE_ADDRESS__
-    QSKIP("the sanitizer maps more memory than can be read");
-#endif
-}
 
 void TestOdbcProcess::keepsNoPassword_data()
 {
