@@ -69,10 +69,7 @@ bool isData(GstPadProbeInfo *info)
 
 bool isSubtitles(GstPad *pad)
 {
-    GstStream *stream = gst_pad_get_stream(pad);
-    const bool is = stream != nullptr && (gst_stream_get_stream_type(stream) & GST_STREAM_TYPE_TEXT) != 0;
-    gst_clear_object(&stream);
-    return is;
+    return (streamTypeOf(pad) & GST_STREAM_TYPE_TEXT) != 0;
 }
 
 // Where the data of the stream begin; null: not known in time.
@@ -314,9 +311,5 @@ void watch(GstElement *decoder)
 // playbin3 makes its only one with itself.
 void watchDecoderInputs(GstElement *playbin)
 {
-    GstIterator *decoders = gst_bin_iterate_all_by_element_factory_name(GST_BIN(playbin), "decodebin3");
-    gst_iterator_foreach(
-        decoders, [](const GValue *value, gpointer) { watch(GST_ELEMENT(g_value_get_object(value))); },
-        nullptr);
-    gst_iterator_free(decoders);
+    eachMadeBy(playbin, "decodebin3", watch);
 }

@@ -10,6 +10,22 @@
 // The element was made by the factory of this name, whatever it is called itself.
 [[nodiscard]] bool isMadeBy(GstElement *element, const char *factory);
 
+// Kinds of the stream that flows there; GST_STREAM_TYPE_UNKNOWN before it was said.
+[[nodiscard]] GstStreamType streamTypeOf(GstPad *pad);
+
+// Calls `visit` with each element at any depth of the bin that the factory of this name made.
+template <typename Visit> void eachMadeBy(GstElement *bin, const char *factory, Visit visit)
+{
+    GstIterator *found = gst_bin_iterate_all_by_element_factory_name(GST_BIN(bin), factory);
+    gst_iterator_foreach(
+        found,
+        [](const GValue *value, gpointer self) {
+            (*static_cast<Visit *>(self))(GST_ELEMENT(g_value_get_object(value)));
+        },
+        &visit);
+    gst_iterator_free(found);
+}
+
 // Connects a signal. The last argument of `callback` is a `T *`, which holds as long as the connection.
 template <typename T>
 void connectKeeping(gpointer object, const char *signal, GCallback callback, T kept,

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "endedstreams.h"
 
+#include "elementhooks.h"
+
 #include <utility>
 #include <vector>
 
@@ -16,14 +18,6 @@ struct Levels
     bool full = false;
 };
 
-int typeOf(GstPad *pad)
-{
-    GstStream *stream = gst_pad_get_stream(pad);
-    const int type = stream == nullptr ? 0 : int(gst_stream_get_stream_type(stream));
-    gst_clear_object(&stream);
-    return type;
-}
-
 gboolean look(GstElement *queues, GstPad *pad, gpointer self)
 {
     (void)queues;
@@ -34,7 +28,7 @@ gboolean look(GstElement *queues, GstPad *pad, gpointer self)
     if (buffers > 0) {
         levels->fed = pad;
         levels->full = levels->full || (levels->limit > 0 && time >= levels->limit);
-    } else if ((typeOf(pad) & levels->types) != 0) {
+    } else if ((streamTypeOf(pad) & levels->types) != 0) {
         levels->starved.push_back(pad);
     }
     return TRUE;
@@ -162,41 +156,23 @@ void padAdded(GstElement *synchronizer, GstPad *pad, gpointer self)
 // playbin3 makes its only one with itself.
 void boundGaps(GstElement *playbin)
 {
-    GstIterator *found = gst_bin_iterate_all_by_element_factory_name(GST_BIN(playbin), "streamsynchronizer");
-    gst_iterator_foreach(
-        found,
-        [](const GValue *value, gpointer) {
-            g_signal_connect(g_value_get_object(value), "pad-added", G_CALLBACK(padAdded), nullptr);
-        },
-        nullptr);
-    gst_iterator_free(found);
+    eachMadeBy(playbin, "streamsynchronizer", [](GstElement *synchronizer) {
+        g_signal_connect(synchronizer, "pad-added", G_CALLBACK(padAdded), nullptr);
+    });
 }
 
 bool bridgeDam(GstElement *playbin, int types)
 {
-    struct Search
-    {
-        GstElement *playbin;
-        int types;
-        bool bridged = false;
-    } search{playbin, types};
-    GstIterator *found = gst_bin_iterate_all_by_element_factory_name(GST_BIN(playbin), "multiqueue");
-    gst_iterator_foreach(
-        found,
-        [](const GValue *value, gpointer self) {
-            auto *search = static_cast<Search *>(self);
-            auto *queues = GST_ELEMENT(g_value_get_object(value));
-            Levels levels;
-            levels.types = search->types;
-            g_object_get(queues, "max-size-time", &levels.limit, nullptr);
-            gst_element_foreach_sink_pad(queues, look, &levels);
-            for (GstPad *starved : levels.starved)
-                search->bridged
-                    = (levels.full && bridge(starved, levels.fed, search->playbin)) || search->bridged;
-        },
-        &search);
-    gst_iterator_free(found);
-    return search.bridged;
+    bool bridged = false;
+    eachMadeBy(playbin, "multiqueue", [&](GstElement *queues) {
+        Levels levels;
+        levels.types = types;
+        g_object_get(queues, "max-size-time", &levels.limit, nullptr);
+        gst_element_foreach_sink_pad(queues, look, &levels);
+        for (GstPad *starved : levels.starved)
+            bridged = (levels.full && bridge(starved, levels.fed, playbin)) || bridged;
+    });
+    return bridged;
 }
 
 void sendPastDecoder(GstPad *input, GstEvent *event)

@@ -41,18 +41,6 @@ GstEvent *shortened(GstEvent *event, GstClockTime margin)
     return replacement;
 }
 
-template <typename Visit> void eachQueue(GstElement *pipeline, Visit visit)
-{
-    GstIterator *queues = gst_bin_iterate_all_by_element_factory_name(GST_BIN(pipeline), "multiqueue");
-    gst_iterator_foreach(
-        queues,
-        [](const GValue *value, gpointer self) {
-            (*static_cast<Visit *>(self))(GST_ELEMENT(g_value_get_object(value)));
-        },
-        &visit);
-    gst_iterator_free(queues);
-}
-
 template <typename Visit> void eachInput(GstElement *queues, Visit visit)
 {
     gst_element_foreach_sink_pad(
@@ -105,18 +93,9 @@ struct DecoderRelay
     }
 };
 
-GstStreamType typeOf(GstPad *pad)
-{
-    GstStream *stream = gst_pad_get_stream(pad);
-    const GstStreamType type
-        = stream == nullptr ? GST_STREAM_TYPE_UNKNOWN : gst_stream_get_stream_type(stream);
-    gst_clear_object(&stream);
-    return type;
-}
-
 bool isPictures(GstPad *pad)
 {
-    return (typeOf(pad) & GST_STREAM_TYPE_VIDEO) != 0;
+    return (streamTypeOf(pad) & GST_STREAM_TYPE_VIDEO) != 0;
 }
 
 // A gap makes a decoder of pictures give out what it has.
@@ -150,7 +129,7 @@ void SeekLanding::watch(GstElement *pipeline)
     m_joins = false;
     g_signal_connect(pipeline, "deep-element-added", G_CALLBACK(added), this);
     // Those of its only decodebin3, which it makes with itself.
-    eachQueue(pipeline, [this](GstElement *queues) {
+    eachMadeBy(pipeline, "multiqueue", [this](GstElement *queues) {
         g_signal_connect(queues, "pad-added", G_CALLBACK(queueAdded), this);
     });
 }
@@ -248,7 +227,7 @@ bool SeekLanding::isDammed(GstElement *pipeline) const
     if (!isWaiting())
         return false;
     bool dammed = false;
-    eachQueue(pipeline, [&dammed](GstElement *queues) {
+    eachMadeBy(pipeline, "multiqueue", [&dammed](GstElement *queues) {
         guint64 limit = 0;
         g_object_get(queues, "max-size-time", &limit, nullptr);
         bool starves = false;
@@ -316,7 +295,7 @@ GstPadProbeReturn SeekLanding::endProbed(GstPad *pad, GstPadProbeInfo *info, gpo
     auto *landing = static_cast<SeekLanding *>(self);
     if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) != GST_EVENT_EOS)
         return GST_PAD_PROBE_OK;
-    const GstStreamType type = typeOf(pad);
+    const GstStreamType type = streamTypeOf(pad);
     GstPad *decoder = gst_pad_get_peer(pad);
     const bool pictures = (type & GST_STREAM_TYPE_VIDEO) != 0;
     const bool last = !landing->m_joins;

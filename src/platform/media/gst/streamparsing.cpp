@@ -44,15 +44,13 @@ void keepLong(GObject *queue, GParamSpec *property, gpointer self)
         g_object_set(queue, "min-interleave-time", ShortestInterleave, nullptr);
 }
 
-void setUpQueue(const GValue *value, gpointer self)
+void setUpQueue(GstElement *queue)
 {
-    (void)self;
-    auto *queue = static_cast<GObject *>(g_value_get_object(value));
     // What a camera writes at 100 Mbit/s may have more than the usual ten megabytes of pictures before the
     // sound that belongs to them. The time remains the limit.
     g_object_set(queue, "max-size-bytes", 0u, nullptr);
     g_signal_connect(queue, "notify::min-interleave-time", G_CALLBACK(keepLong), nullptr);
-    keepLong(queue, nullptr, nullptr);
+    keepLong(G_OBJECT(queue), nullptr, nullptr);
 }
 
 } // namespace
@@ -61,7 +59,5 @@ void parseInDecoder(GstElement *playbin)
 {
     if (mayParse())
         g_signal_connect(playbin, "deep-element-added", G_CALLBACK(setUp), nullptr);
-    GstIterator *queues = gst_bin_iterate_all_by_element_factory_name(GST_BIN(playbin), "multiqueue");
-    gst_iterator_foreach(queues, setUpQueue, nullptr);
-    gst_iterator_free(queues);
+    eachMadeBy(playbin, "multiqueue", setUpQueue);
 }
